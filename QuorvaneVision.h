@@ -1,0 +1,9 @@
+#pragma once
+
+/// Everything that a host of QuorvaneVision can use, in one line.
+
+#include "framework/Algorithm.h"
+#include "framework/AlgorithmFactory.h"
+#include "framework/AlgorithmParameters.h"
+#include "framework/AlgorithmResult.h"
+#include "framework/Param.h"
