@@ -1,0 +1,11 @@
+#pragma once
+
+#include "examples/demo/Report.h"
+
+namespace Demo {
+
+/// Each section runs one capability of the library on pictures and reports what came out. A section has a source of
+/// its own name; Main.cpp lists them in the order of the page.
+void LaserDotsSection(Report& report);
+
+}  // namespace Demo
