@@ -15,9 +15,10 @@ void ShowRun(Report& report, const std::string& heading, const cv::Mat& photogra
              const cv::Rect& detail) {
     constexpr int detailMagnification = 4;
     report.Heading(heading);
-    report.Pictures({{photograph, "The photograph"},
-                     {run.destination, "Its dots: white is burned"},
-                     {Magnified(run.destination, detail, detailMagnification), "A part of the dots, four times as large"}});
+    report.Pictures(
+        {{photograph, "The photograph"},
+         {run.destination, "Its dots: white is burned"},
+         {Magnified(run.destination, detail, detailMagnification), "A part of the dots, four times as large"}});
     std::vector<Row> outcome = run.Outcome();
     const double share = 100.0 * cv::countNonZero(run.destination) / static_cast<double>(run.destination.total());
     outcome.emplace_back("pixels burned", Number(share, 1) + " %");
@@ -28,10 +29,11 @@ void ShowRun(Report& report, const std::string& heading, const cv::Mat& photogra
 }  // namespace
 
 void LaserDotsSection(Report& report) {
-    report.Section("Laser dots",
-                   "The algorithm BinaryForLaserMachine keeps the bright foreground of a picture and turns it into dots: "
-                   "above the high threshold always, below the low one never, and in between at random, more often "
-                   "where the picture is bright and rich in contrast.");
+    report.Section(
+        "Laser dots",
+        "The algorithm BinaryForLaserMachine keeps the bright foreground of a picture and turns it into dots: "
+        "above the high threshold always, below the low one never, and in between at random, more often "
+        "where the picture is bright and rich in contrast.");
 
     const cv::Mat coffee = Quorvane::TestSupport::LoadColourPicture("coffee.png");
     ShowRun(report, "A colour photograph, all parameters at their defaults", coffee,

@@ -16,11 +16,11 @@
 
 namespace Quorvane {
 
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 using TestSupport::EqualsMat;
 using TestSupport::ExpectThrowWithText;
 using TestSupport::RandomInput;
-using testing::IsEmpty;
-using testing::UnorderedElementsAre;
 
 namespace {
 

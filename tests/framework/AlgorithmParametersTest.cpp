@@ -10,10 +10,10 @@
 
 namespace Quorvane {
 
-using TestSupport::ExpectThrowWithText;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
+using TestSupport::ExpectThrowWithText;
 
 namespace {
 
@@ -45,8 +45,8 @@ TEST(AlgorithmParameters, KeepEveryKind) {
     EXPECT_EQ(parameters.GetParameter("doubles").ToString(), "[1.000000, ]");
     EXPECT_EQ(parameters.GetParameter("texts").ToString(), "[a, ]");
     EXPECT_EQ(parameters.GetParameter("param").ToString(), "9");
-    EXPECT_THAT(NamesOf(parameters), UnorderedElementsAre("int", "float", "double", "text", "ints", "floats", "doubles",
-                                                          "texts", "param"));
+    EXPECT_THAT(NamesOf(parameters),
+                UnorderedElementsAre("int", "float", "double", "text", "ints", "floats", "doubles", "texts", "param"));
 }
 
 TEST(AlgorithmParameters, ANameHasNoFixedKind) {

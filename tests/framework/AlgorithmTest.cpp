@@ -12,10 +12,10 @@
 
 namespace Quorvane {
 
-using TestSupport::ExpectThrowWithText;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
+using TestSupport::ExpectThrowWithText;
 
 namespace {
 
@@ -54,8 +54,8 @@ TEST(Algorithm, ForwardsEveryKindOfParameter) {
     EXPECT_THAT(algorithm.GetParameterToDoubleVec("doubles"), ElementsAre(0.25));
     EXPECT_THAT(algorithm.GetParameterToStringVec("texts"), ElementsAre("5", "6"));
     EXPECT_THAT(algorithm.GetParameterToDoubleVec("texts"), ElementsAre(5.0, 6.0));
-    EXPECT_THAT(ParameterNamesOf(algorithm), UnorderedElementsAre("int", "float", "double", "text", "ints", "floats",
-                                                                  "doubles", "texts"));
+    EXPECT_THAT(ParameterNamesOf(algorithm),
+                UnorderedElementsAre("int", "float", "double", "text", "ints", "floats", "doubles", "texts"));
 }
 
 TEST(Algorithm, FloatAndDoubleReadBackAsWholeNumbers) {

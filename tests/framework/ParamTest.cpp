@@ -11,9 +11,9 @@
 
 namespace Quorvane {
 
-using TestSupport::ExpectThrowWithText;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using TestSupport::ExpectThrowWithText;
 
 namespace {
 

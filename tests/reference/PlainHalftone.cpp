@@ -30,8 +30,8 @@ cv::Mat ForegroundProbabilities(const cv::Mat& gray, const cv::Mat& otsu, float 
                 probability = 0.0;
             } else {
                 const float t = (g - low) / (high - low);
-                const float d = (deviation.at<float>(r, c) - static_cast<float>(minDev)) /
-                                static_cast<float>(maxDev - minDev);
+                const float d =
+                    (deviation.at<float>(r, c) - static_cast<float>(minDev)) / static_cast<float>(maxDev - minDev);
                 const float p = d * t;
                 probability = std::isnan(p) || p < 0.1f ? 0.1f : p;
             }

@@ -13,9 +13,9 @@ namespace Quorvane::TestSupport {
 /// Same size, same type, and the same bits in every element. Names the first pixel that differs.
 inline testing::AssertionResult MatsAreEqual(const cv::Mat& actual, const cv::Mat& expected) {
     if (actual.size() != expected.size() || actual.type() != expected.type()) {
-        return testing::AssertionFailure() << "is " << actual.size() << " of " << cv::typeToString(actual.type())
-                                           << ", expected " << expected.size() << " of "
-                                           << cv::typeToString(expected.type());
+        return testing::AssertionFailure()
+               << "is " << actual.size() << " of " << cv::typeToString(actual.type()) << ", expected "
+               << expected.size() << " of " << cv::typeToString(expected.type());
     }
     const std::size_t pixelSize = expected.elemSize();
     for (int r = 0; r < expected.rows; ++r) {

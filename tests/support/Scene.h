@@ -11,7 +11,8 @@ namespace Quorvane::TestSupport {
 /// over a grid of 16 by 16 points in it. The centre of the pixel in column 0 and row 0 is the point (0, 0), and the
 /// pixel reaches half a pixel to each side, as in OpenCV's sub-pixel results.
 ///
-///     cv::Mat plate = Scene({640, 480}, 40.0).Paint(Disc({320.25, 240.5}, 50.0), 220.0).Blur(1.0).Noise(2.0, 7).Gray();
+///     cv::Mat plate = Scene({640, 480}, 40.0).Paint(Disc({320.25, 240.5}, 50.0), 220.0).Blur(1.0).Noise(2.0,
+///     7).Gray();
 ///
 /// Colours are blue, green, red from 0 to 255; a single number paints all three alike. All steps work on floats and
 /// nothing is rounded or limited before the picture is taken.

@@ -12,7 +12,8 @@ namespace {
 /// Rotation by an angle in degrees, from the x axis towards the y axis.
 class Turn {
 public:
-    explicit Turn(double degrees) : cosine_(std::cos(degrees * CV_PI / 180.0)), sine_(std::sin(degrees * CV_PI / 180.0)) {}
+    explicit Turn(double degrees)
+        : cosine_(std::cos(degrees * CV_PI / 180.0)), sine_(std::sin(degrees * CV_PI / 180.0)) {}
 
     cv::Point2d Forth(const cv::Point2d& p) const { return {cosine_ * p.x - sine_ * p.y, sine_ * p.x + cosine_ * p.y}; }
     cv::Point2d Back(const cv::Point2d& p) const { return {cosine_ * p.x + sine_ * p.y, cosine_ * p.y - sine_ * p.x}; }

@@ -11,9 +11,7 @@ namespace Quorvane::TestSupport {
 namespace {
 
 /// The area that a shape covers, from the gray levels of a picture of it.
-double PaintedArea(const Shape& shape) {
-    return cv::sum(Scene({100, 80}, 0.0).Paint(shape, 255.0).Gray())[0] / 255.0;
-}
+double PaintedArea(const Shape& shape) { return cv::sum(Scene({100, 80}, 0.0).Paint(shape, 255.0).Gray())[0] / 255.0; }
 
 TEST(Scene, DiscCoversItsArea) { EXPECT_NEAR(PaintedArea(Disc({50.3, 40.7}, 20.0)), CV_PI * 400.0, 1.0); }
 

@@ -1,0 +1,43 @@
+# Lists the dynamic symbols that the library defines and compares them with the list in the repository.
+cmake_minimum_required(VERSION 3.22)
+
+execute_process(COMMAND ${NM} --dynamic --defined-only --demangle ${LIBRARY}
+    OUTPUT_VARIABLE listing COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX REPLACE "\\[abi:cxx11\\]" "@abi:cxx11@" listing "${listing}")
+# The standard library's names as people write them.
+string(REPLACE "std::__cxx11::basic_string<char, std::char_traits<char>, std::allocator<char> >" "std::string"
+    listing "${listing}")
+string(REGEX REPLACE "std::vector<([^<>]*), std::allocator<[^<>]*> >" "std::vector<\\1>" listing "${listing}")
+string(REGEX REPLACE "\n$" "" listing "${listing}")
+string(REPLACE "\n" ";" lines "${listing}")
+set(actual "")
+foreach(line IN LISTS lines)
+    string(REGEX REPLACE "^[0-9a-f]* +[A-Za-z] " "" name "${line}")
+    list(APPEND actual "${name}")
+endforeach()
+list(REMOVE_DUPLICATES actual)  # a constructor stands there once for complete objects and once for bases
+list(SORT actual)
+string(REPLACE ";" "\n" text "${actual}")
+string(REPLACE "@abi:cxx11@" "[abi:cxx11]" text "${text}")
+file(WRITE "${ACTUAL}" "${text}\n")
+
+file(STRINGS "${EXPECTED}" expected)
+file(STRINGS "${ACTUAL}" actual)
+set(failed FALSE)
+foreach(name IN LISTS expected)
+    if(NOT name IN_LIST actual)
+        message(SEND_ERROR "missing: ${name}")
+        set(failed TRUE)
+    endif()
+endforeach()
+foreach(name IN LISTS actual)
+    if(NOT name IN_LIST expected)
+        message(SEND_ERROR "extra: ${name}")
+        set(failed TRUE)
+    endif()
+endforeach()
+list(LENGTH actual count)
+if(failed)
+    message(FATAL_ERROR "The exported symbols are not those of ${EXPECTED}; what the library has is in ${ACTUAL}.")
+endif()
+message(STATUS "${count} exported symbols, all of them expected")
