@@ -1,6 +1,7 @@
 #include "algorithms/BinaryForLaserMachine.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 #include <random>
@@ -32,8 +33,13 @@ cv::Mat GrayOf(const cv::Mat& source) {
     return gray;
 }
 
+/// The 32-bit Mersenne Twister with its standard parameters: the outputs of `std::mt19937`, with a state of 32-bit
+/// words where some standard libraries keep it in 64-bit ones, which compilers then cannot renew four words at a time.
+using MersenneTwister = std::mersenne_twister_engine<std::uint32_t, 32, 624, 397, 31, 0x9908b0dfU, 11, 0xffffffffU, 7,
+                                                     0x9d2c5680U, 15, 0xefc60000U, 18, 1812433253U>;
+
 /// Uniform in 0 to 1, from two outputs of the generator.
-double Draw(std::mt19937& generator) {
+double Draw(MersenneTwister& generator) {
     constexpr double twoTo32 = 4294967296.0;
     const auto first = static_cast<double>(generator());
     const auto second = static_cast<double>(generator());
@@ -68,7 +74,7 @@ template <typename Pixel>
 cv::Mat ThrowDots(const cv::Mat& gray, const cv::Mat& foreground, const cv::Mat& deviation, Band band) {
     cv::Mat dots = cv::Mat::zeros(foreground.size(), foreground.type());
     const RelativeContrast relativeContrast(deviation);
-    std::mt19937 generator(std::random_device{}());
+    MersenneTwister generator(std::random_device{}());
     for (int r = 0; r < gray.rows; ++r) {
         const auto* grayRow = gray.ptr<Pixel>(r);
         const auto* foregroundRow = foreground.ptr<Pixel>(r);
