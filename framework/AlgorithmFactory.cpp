@@ -1,6 +1,7 @@
 #include "framework/AlgorithmFactory.h"
 
 #include "algorithms/BinaryForLaserMachine.h"
+#include "algorithms/FindMarkPoint.h"
 
 namespace Quorvane {
 
@@ -15,6 +16,7 @@ AlgorithmFactory::~AlgorithmFactory() = default;
 // The list is deliberately not consulted, so that a factory whose list was moved away creates algorithms as before.
 Algorithm* AlgorithmFactory::CreateAlgorithm(std::string name) {
     if (name == "BinaryForLaserMachine") return new BinaryForLaserMachine;
+    if (name == "FindMarkPoint") return new FindMarkPoint;
     return nullptr;
 }
 

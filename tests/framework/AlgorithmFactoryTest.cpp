@@ -32,10 +32,23 @@ TEST(AlgorithmFactory, MakesANewObjectOnEveryCall) {
     factory.ReleaseAlgorithm(second);
 }
 
+TEST(AlgorithmFactory, MakesTheAlgorithmOfEachName) {
+    AlgorithmFactory factory;
+    Algorithm* halftone = factory.CreateAlgorithm("BinaryForLaserMachine");
+    Algorithm* marks = factory.CreateAlgorithm("FindMarkPoint");
+    ASSERT_NE(halftone, nullptr);
+    ASSERT_NE(marks, nullptr);
+    EXPECT_EQ(halftone->GetParameterToInt("MaskSize"), 5);
+    EXPECT_EQ(marks->GetParameterToString("MarkPointType"), "Circle");
+    factory.ReleaseAlgorithm(halftone);
+    factory.ReleaseAlgorithm(marks);
+}
+
 TEST(AlgorithmFactory, TakesNamesLetterByLetter) {
     AlgorithmFactory factory;
     EXPECT_EQ(factory.CreateAlgorithm("binaryforlasermachine"), nullptr);
     EXPECT_EQ(factory.CreateAlgorithm("findMarkPoint"), nullptr);
+    EXPECT_EQ(factory.CreateAlgorithm("FindMarkPoint "), nullptr);
     EXPECT_EQ(factory.CreateAlgorithm(""), nullptr);
     EXPECT_EQ(factory.CreateAlgorithm("BinaryForLaserMachine "), nullptr);
     EXPECT_EQ(factory.CreateAlgorithm(std::string("BinaryForLaserMachine\0", 22)), nullptr);

@@ -1,0 +1,501 @@
+#include "algorithms/CircleMarks.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <opencv2/imgproc.hpp>
+
+#include "tests/reference/PlainCircleMarks.h"
+#include "tests/support/MarkPlate.h"
+#include "tests/support/Matchers.h"
+#include "tests/support/Pictures.h"
+#include "tests/support/RandomInput.h"
+#include "tests/support/Scene.h"
+
+namespace Quorvane {
+
+using Reference::CircleSearch;
+using TestSupport::Disc;
+using TestSupport::EqualsMat;
+using TestSupport::MarkPlate;
+using TestSupport::NearPoint;
+using TestSupport::RandomInput;
+using TestSupport::Scene;
+
+namespace {
+
+struct Found {
+    std::vector<cv::Point2f> centres;
+    std::vector<double> radii;
+    std::vector<double> similarities;
+};
+
+Found Search(const cv::Mat& source, double radius, double tolerance, double minSimilarity) {
+    Found found;
+    FindCircleMarks(source, radius, tolerance, minSimilarity, found.centres, found.radii, found.similarities);
+    EXPECT_EQ(found.centres.size(), found.radii.size());
+    EXPECT_EQ(found.centres.size(), found.similarities.size());
+    return found;
+}
+
+void ExpectSame(const Found& found, const std::vector<Reference::CircleMark>& expected) {
+    ASSERT_EQ(found.centres.size(), expected.size());
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_EQ(found.centres[i], expected[i].centre) << i;
+        EXPECT_EQ(found.radii[i], expected[i].radius) << i;
+        EXPECT_EQ(found.similarities[i], expected[i].similarity) << i;
+    }
+}
+
+/// A scene in which the transform has much to propose: marks of several radii, blobs and noise.
+cv::Mat BusyScene(std::uint32_t seed, double radius) {
+    RandomInput random(seed);
+    const cv::Size size(static_cast<int>(radius * 8.0) + 60, static_cast<int>(radius * 6.0) + 50);
+    Scene scene(size, random.Real(20.0, 235.0));
+    for (int i = 0; i < 9; ++i) {
+        const cv::Point2d centre(random.Real(0.0, size.width), random.Real(0.0, size.height));
+        scene.Paint(Disc(centre, radius * random.Real(0.7, 1.3)), random.Real(0.0, 255.0));
+    }
+    return scene.Blur(random.Real(0.4, 1.5)).Noise(random.Real(0.5, 8.0), seed + 1000).Gray();
+}
+
+struct KnownSearch {
+    double radius;
+    CircleSearch search;
+};
+
+/// Kernel sides, sharpening and radius limits of searches with a tolerance of 0.4 radii, worked out by hand.
+const std::vector<KnownSearch> knownSearches{
+    {2.0, {3, true, 3, 3, 2}},       {5.0, {3, true, 3, 3, 7}},       {6.0, {3, true, 3, 3, 8}},
+    {8.9, {3, true, 3, 5, 12}},      {9.0, {3, false, 3, 5, 12}},     {11.9, {3, false, 3, 7, 16}},
+    {12.0, {5, false, 4, 7, 16}},    {15.0, {5, false, 5, 9, 21}},    {24.5, {9, false, 8, 14, 34}},
+    {50.0, {17, false, 16, 30, 70}}, {64.0, {21, false, 21, 38, 89}},
+};
+
+TEST(FindCircleMarks, TakesTheStepsOfEachRadius) {
+    std::size_t marks = 0;
+    for (const KnownSearch& known : knownSearches) {
+        for (std::uint32_t seed = 0; seed < 6; ++seed) {
+            SCOPED_TRACE(testing::Message() << "radius " << known.radius << ", seed " << seed);
+            const cv::Mat picture = BusyScene(seed, known.radius);
+            const double tolerance = 0.4 * known.radius;
+            const auto expected = Reference::CircleMarks(picture, known.radius, tolerance, 0.3, known.search);
+            ExpectSame(Search(picture, known.radius, tolerance, 0.3), expected);
+            marks += expected.size();
+        }
+    }
+    EXPECT_GT(marks, 100U);
+}
+
+TEST(FindCircleMarks, TakesTheStepsOfTheDefaultParameters) {
+    std::size_t marks = 0;
+    for (std::uint32_t seed = 0; seed < 10; ++seed) {
+        MarkPlate plate{{600, 400}, {3, 2}, 50.0, 230.0, 20.0};
+        plate.seed = seed;
+        const cv::Mat picture = plate.Render().Blur(1.5).Gray();
+        const auto expected = Reference::CircleMarks(picture, 50.0, 7.4999988079071045, 0.8500000238418579,
+                                                     CircleSearch{17, false, 16, 42, 57});
+        const auto least = static_cast<double>(0.85f);
+        ExpectSame(Search(picture, 50.0, (1.0 - least) * 50.0, least), expected);
+        marks += expected.size();
+    }
+    EXPECT_GT(marks, 10U);
+}
+
+TEST(FindCircleMarks, EqualsThePlainSearchOnPhotographs) {
+    std::size_t marks = 0;
+    for (const std::string& name : TestSupport::PictureNames()) {
+        SCOPED_TRACE(name);
+        const cv::Mat colour = TestSupport::LoadColourPicture(name);
+        const auto expected = Reference::CircleMarks(colour, 20.0, 8.0, 0.2, CircleSearch{7, false, 6, 12, 28});
+        ExpectSame(Search(colour, 20.0, 8.0, 0.2), expected);
+        marks += expected.size();
+    }
+    EXPECT_GT(marks, 50U);
+}
+
+TEST(FindCircleMarks, SharpensBelowARadiusOfNineOnly) {
+    const cv::Mat picture = BusyScene(4, 9.0);
+    const auto sharpened = [&](double radius, bool sharpen) {
+        const auto marks = Reference::CircleMarks(picture, radius, 3.6, 0.0, CircleSearch{3, sharpen, 3, 5, 12});
+        double sum = 0.0;
+        for (const auto& mark : marks) sum += mark.similarity;
+        return sum;
+    };
+    const auto found = [&](double radius) {
+        double sum = 0.0;
+        for (const double similarity : Search(picture, radius, 3.6, 0.0).similarities) sum += similarity;
+        return sum;
+    };
+    ASSERT_NE(sharpened(9.0, false), sharpened(9.0, true));
+    EXPECT_EQ(found(9.0), sharpened(9.0, false));
+    EXPECT_EQ(found(8.9), sharpened(8.9, true));
+}
+
+TEST(FindCircleMarks, KeepsOnlyRadiiWithinTheUntruncatedLimits) {
+    // The transform is asked for 42 to 57; candidates between 42 and 42.5 or between 57.5 and 58 must go.
+    const double tolerance = 7.4999988079071045;
+    int dropped = 0;
+    for (std::uint32_t seed = 0; seed < 30; ++seed) {
+        const cv::Mat picture = BusyScene(seed, 50.0);
+        const CircleSearch search{17, false, 16, 42, 57};
+        for (const auto& candidate :
+             Reference::CircleCandidates(Reference::CleanedGray(picture, search), 50.0, search)) {
+            if (candidate[2] < 42.5f || candidate[2] > 57.5f) ++dropped;
+        }
+        for (const double found : Search(picture, 50.0, tolerance, 0.0).radii) {
+            EXPECT_GE(found, 42.500001192092896);
+            EXPECT_LE(found, 57.499998807907104);
+        }
+    }
+    EXPECT_GT(dropped, 0);
+}
+
+TEST(FindCircleMarks, FindsNothingOnAFlatImage) {
+    EXPECT_TRUE(Search(cv::Mat(200, 300, CV_8UC1, cv::Scalar(90)), 20.0, 20.0, 0.0).centres.empty());
+}
+
+TEST(FindCircleMarks, ASimilarityOfOneAdmitsThatRadiusAndAPerfectScoreOnly) {
+    const cv::Mat picture = MarkPlate{{300, 240}, {1, 1}, 30.0}.Render().Gray();
+    const Found found = Search(picture, 30.0, 0.0, 0.0);
+    for (const double radius : found.radii) EXPECT_EQ(radius, 30.0);
+    EXPECT_TRUE(Search(picture, 30.0, 0.0, 1.0).centres.empty());
+}
+
+TEST(FindCircleMarks, ASimilarityOfZeroTakesEveryCandidateInRange) {
+    std::size_t candidatesInAll = 0;
+    for (std::uint32_t seed = 0; seed < 8; ++seed) {
+        const cv::Mat picture = BusyScene(seed, 20.0);
+        const CircleSearch search{7, false, 6, 3, 40};
+        const cv::Mat gray = Reference::CleanedGray(picture, search);
+        std::vector<cv::Point2f> inRange;
+        for (const auto& candidate : Reference::CircleCandidates(gray, 20.0, search)) {
+            if (candidate[2] <= 40.0f) inRange.emplace_back(candidate[0], candidate[1]);
+        }
+        const Found found = Search(picture, 20.0, 20.0, 0.0);
+        EXPECT_EQ(found.centres, inRange) << seed;
+        candidatesInAll += inRange.size();
+    }
+    EXPECT_GT(candidatesInAll, 40U);
+}
+
+TEST(FindCircleMarks, ANegativeToleranceFindsNothing) {
+    const cv::Mat picture = MarkPlate{{300, 240}, {1, 1}, 30.0}.Render().Gray();
+    for (const double tolerance : {-0.5, -15.0, -30.0, -100.0}) {
+        EXPECT_TRUE(Search(picture, 30.0, tolerance, 0.0).centres.empty()) << tolerance;
+    }
+}
+
+TEST(FindCircleMarks, FindsTheSameInGrayColourAndColourWithAlpha) {
+    const Scene scene = MarkPlate{{400, 300}, {3, 2}, 24.0}.Render().Blur(0.8);
+    const Found gray = Search(scene.Gray(), 24.0, 6.0, 0.7);
+    ASSERT_EQ(gray.centres.size(), 6U);
+    for (const cv::Mat& picture : {scene.Colour(), scene.ColourWithAlpha()}) {
+        const Found found = Search(picture, 24.0, 6.0, 0.7);
+        EXPECT_EQ(found.centres, gray.centres);
+        EXPECT_EQ(found.radii, gray.radii);
+        EXPECT_EQ(found.similarities, gray.similarities);
+    }
+}
+
+TEST(FindCircleMarks, WeighsColoursAsOpenCvDoes) {
+    const cv::Mat picture =
+        Scene({200, 160}, cv::Scalar(200, 60, 20)).Paint(Disc({99.0, 81.0}, 24.0), {20, 60, 200}).Colour();
+    cv::Mat gray;
+    cv::cvtColor(picture, gray, cv::COLOR_BGR2GRAY);
+    const Found found = Search(picture, 24.0, 6.0, 0.3);
+    EXPECT_EQ(found.centres.size(), 1U);
+    EXPECT_EQ(found.similarities, Search(gray, 24.0, 6.0, 0.3).similarities);
+}
+
+TEST(FindCircleMarks, LeavesTheSourceAndWhatIsAroundASubImageAlone) {
+    const cv::Mat whole = MarkPlate{{400, 300}, {3, 2}, 24.0}.Render().Noise(4.0, 3).Gray();
+    const cv::Mat before = whole.clone();
+    const cv::Mat part = whole(cv::Rect(30, 20, 300, 250));
+    const Found found = Search(part, 24.0, 6.0, 0.5);
+    EXPECT_THAT(whole, EqualsMat(before));
+    const Found alone = Search(part.clone(), 24.0, 6.0, 0.5);
+    EXPECT_EQ(found.centres, alone.centres);
+    EXPECT_EQ(found.similarities, alone.similarities);
+    EXPECT_FALSE(found.centres.empty());
+}
+
+TEST(FindCircleMarks, LimitsOfNoIntStayDefined) {
+    const cv::Mat picture = MarkPlate{{120, 100}, {1, 1}, 20.0}.Render().Gray();
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_TRUE(Search(picture, 20.0, nan, nan).centres.empty());
+    EXPECT_TRUE(Search(picture, 20.0, 1e300, 2.0).centres.empty());
+}
+
+TEST(FindCircleMarks, OtherChannelCountsAndDepthsAreOpenCvsException) {
+    for (const int type : {CV_8UC2, CV_16UC1, CV_32FC1, CV_64FC1}) {
+        EXPECT_THROW(Search(cv::Mat::zeros(80, 90, type), 20.0, 5.0, 0.5), cv::Exception) << cv::typeToString(type);
+    }
+}
+
+TEST(FindCircleMarks, AnImageTooNarrowForAPatchIsOpenCvsException) {
+    const cv::Mat picture = Scene({60, 200}, 40.0).Paint(Disc({28.0, 100.0}, 24.0), 220.0).Gray();
+    EXPECT_THROW(Search(picture, 24.0, 6.0, 0.3), cv::Exception);
+}
+
+// The score.
+
+struct Rings {
+    cv::Mat inner;
+    cv::Mat outer;
+};
+
+/// The two rings of a candidate of radius 20 in the middle of an image of 60 by 60, which its patch fills.
+constexpr int ringRadius = 20;
+constexpr int ringThickness = 4;
+const cv::Size ringImage(60, 60);
+const cv::Point ringCentre(30, 30);
+const cv::Vec3f ringCandidate(30.0f, 30.0f, 20.0f);
+
+Rings DrawRings() {
+    Rings rings{cv::Mat::zeros(ringImage, CV_8UC1), cv::Mat::zeros(ringImage, CV_8UC1)};
+    cv::circle(rings.inner, ringCentre, ringRadius, cv::Scalar(255), ringThickness);
+    cv::circle(rings.outer, ringCentre, ringRadius + ringThickness, cv::Scalar(255), ringThickness);
+    return rings;
+}
+
+double ShapeScoreOfPolygon(const std::vector<cv::Point>& polygon, int radius) {
+    const double area = cv::contourArea(polygon);
+    const double perimeter = cv::arcLength(polygon, true);
+    const double expected = 2.0 * CV_PI * radius;
+    const double miss = std::min(std::abs(perimeter - expected) / expected, 1.0);
+    return (4.0 * CV_PI * area / (perimeter * perimeter) + 1.0 - miss) / 2.0;
+}
+
+TEST(CircleMarkScore, OfAFlatPatchIsTheShapeOfThePatchAlone) {
+    // The patch of 60 by 60 is kept whole; its outline through the pixels' centres has sides of 59.
+    const double roundness = 4.0 * CV_PI * 59.0 * 59.0 / (236.0 * 236.0);
+    const double expected = 2.0 * CV_PI * 20.0;
+    const double miss = (236.0 - expected) / expected;
+    const double score = 0.7 * 0.5 * (roundness + 1.0 - miss);
+    for (const int level : {0, 30, 128, 255}) {
+        const cv::Mat flat(ringImage, CV_8UC1, cv::Scalar(level));
+        EXPECT_FLOAT_EQ(CircleMarkScore(flat, ringCandidate), static_cast<float>(score)) << level;
+    }
+}
+
+TEST(CircleMarkScore, WithoutAnyAreaIsContrastAlone) {
+    // Two single bright pixels on the ring: they lift its mean above that outside, and nothing else is kept.
+    const Rings rings = DrawRings();
+    cv::Mat image(ringImage, CV_8UC1, cv::Scalar(50));
+    image.at<uchar>(30, 10) = 255;
+    image.at<uchar>(30, 50) = 255;
+    ASSERT_EQ(rings.inner.at<uchar>(30, 10), 255);
+    ASSERT_EQ(rings.outer.at<uchar>(30, 10), 0);
+    ASSERT_EQ(rings.inner.at<uchar>(30, 50), 255);
+    const double mean = 255.0 * 2.0 / cv::countNonZero(rings.inner);
+    const float contrast = static_cast<float>(mean) / 60.0f * 0.5f;
+    EXPECT_EQ(CircleMarkScore(image, ringCandidate), static_cast<float>(static_cast<double>(contrast) * 0.3));
+}
+
+/// A mark filled with one level on a ground of another. The two extremes stand in corners, where no ring is, so that
+/// the stretch changes nothing; the raise of contrast turns a level v into 1.7 v - 85.
+cv::Mat MarkOnGround(uchar mark, uchar ground) {
+    const Rings rings = DrawRings();
+    cv::Mat image(ringImage, CV_8UC1, cv::Scalar(ground));
+    cv::circle(image, ringCentre, ringRadius, cv::Scalar(mark), cv::FILLED);
+    image.setTo(cv::Scalar(ground), rings.outer);
+    image.setTo(cv::Scalar(mark), rings.inner & ~rings.outer);
+    image.setTo(cv::Scalar(ground), rings.outer);
+    image.at<uchar>(0, 0) = 0;
+    image.at<uchar>(59, 59) = 255;
+    return image;
+}
+
+/// The ring's share of pixels that the outer ring does not take from it, and the largest outline of the mark.
+struct MarkFigures {
+    double share;
+    std::vector<cv::Point> outline;
+};
+
+MarkFigures FiguresOf(const cv::Mat& markPixels) {
+    const Rings rings = DrawRings();
+    std::vector<std::vector<cv::Point>> contours;
+    cv::findContours(markPixels, contours, cv::RETR_EXTERNAL, cv::CHAIN_APPROX_SIMPLE);
+    const auto largest = std::max_element(contours.begin(), contours.end(), [](const auto& a, const auto& b) {
+        return cv::contourArea(a) < cv::contourArea(b);
+    });
+    return {static_cast<double>(cv::countNonZero(rings.inner & ~rings.outer)) / cv::countNonZero(rings.inner),
+            *largest};
+}
+
+TEST(CircleMarkScore, GivesHalfTheContrastForSixtyLevelsAndAllFor254) {
+    struct Row {
+        uchar mark;
+        uchar ground;
+        double levels;
+    };
+    // 85 becomes 60 (59.5 in exact numbers, 59.500004 in floats), 130 becomes 136, 200 and more become 255.
+    for (const Row& row : {Row{85, 50, 60.0}, Row{130, 50, 136.0}, Row{200, 50, 255.0}, Row{240, 10, 255.0}}) {
+        const cv::Mat image = MarkOnGround(row.mark, row.ground);
+        const MarkFigures figures = FiguresOf(image == row.mark);
+        const double contrast = row.levels * figures.share;
+        const double contrastScore =
+            std::min(contrast <= 60.0 ? contrast / 120.0 : (contrast - 60.0) / 388.0 + 0.5, 1.0);
+        const double score = 0.3 * contrastScore + 0.7 * ShapeScoreOfPolygon(figures.outline, ringRadius);
+        // A ring mean below the mark's level keeps the mark; the corner of 255 is a region without area.
+        EXPECT_NEAR(CircleMarkScore(image, ringCandidate), score, 1e-6) << static_cast<int>(row.mark);
+    }
+}
+
+TEST(CircleMarkScore, RisesWithContrastUntilItIsFull) {
+    float last = 0.0f;
+    for (const int mark : {55, 70, 85, 100, 130, 160, 200}) {
+        const float score = CircleMarkScore(MarkOnGround(static_cast<uchar>(mark), 50), ringCandidate);
+        EXPECT_GT(score, last) << mark;
+        last = score;
+    }
+    EXPECT_EQ(CircleMarkScore(MarkOnGround(230, 50), ringCandidate), last);
+}
+
+TEST(CircleMarkScore, RatesDarkMarksOnBrightGround) {
+    for (const double radius : {12.0, 24.0, 60.0}) {
+        const int side = static_cast<int>(radius * 4.0);
+        const cv::Point2d centre(side / 2, side / 2);
+        const auto middle = static_cast<float>(side / 2);
+        const cv::Vec3f candidate(middle, middle, static_cast<float>(radius));
+        const cv::Mat dark = Scene({side, side}, 220.0).Paint(Disc(centre, radius), 40.0).Gray();
+        const cv::Mat bright = Scene({side, side}, 40.0).Paint(Disc(centre, radius), 220.0).Gray();
+        EXPECT_GT(CircleMarkScore(dark, candidate), 0.75f) << radius;
+        EXPECT_GT(CircleMarkScore(bright, candidate), 0.75f) << radius;
+    }
+}
+
+TEST(CircleMarkScore, IsBelowOneEvenForThePerfectMark) {
+    // The missing 0.001 pixels of the perimeter and a roundness that a polygon of pixels cannot reach.
+    for (int radius = 3; radius < 60; ++radius) {
+        cv::Mat image(4 * radius, 4 * radius, CV_8UC1, cv::Scalar(0));
+        cv::circle(image, {2 * radius, 2 * radius}, radius + std::max(radius / 5, 3) / 2, cv::Scalar(255), cv::FILLED);
+        const auto r = static_cast<float>(radius);
+        EXPECT_LT(CircleMarkScore(image, {2.0f * r, 2.0f * r, r}), 1.0f) << radius;
+    }
+}
+
+TEST(CircleMarkScore, RoundsACandidateToTheNearestEvenPixel) {
+    const cv::Mat image = TestSupport::LoadGrayPicture("coins.png");
+    EXPECT_EQ(CircleMarkScore(image, {100.5f, 56.5f, 18.5f}), CircleMarkScore(image, {100.0f, 56.0f, 18.0f}));
+    EXPECT_EQ(CircleMarkScore(image, {101.5f, 57.5f, 19.5f}), CircleMarkScore(image, {102.0f, 58.0f, 20.0f}));
+}
+
+TEST(CircleMarkScore, EqualsThePlainScoreEverywhereInAPicture) {
+    RandomInput random(41);
+    const cv::Mat gray = TestSupport::LoadGrayPicture("coins.png");
+    for (int i = 0; i < 1500; ++i) {
+        const cv::Vec3f candidate(static_cast<float>(random.Real(0.0, gray.cols - 1)),
+                                  static_cast<float>(random.Real(0.0, gray.rows - 1)),
+                                  static_cast<float>(random.Real(3.0, 60.0)));
+        ASSERT_EQ(CircleMarkScore(gray, candidate), Reference::CircleMarkScore(gray, candidate)) << candidate;
+    }
+}
+
+TEST(CircleMarkScore, EqualsThePlainScoreOnNoiseAndInColour) {
+    RandomInput random(42);
+    for (int i = 0; i < 300; ++i) {
+        const int channels = std::vector<int>{1, 3, 4}[static_cast<std::size_t>(i % 3)];
+        const int least = random.Integer(0, 250);
+        const cv::Mat image = random.Image({90, 80}, channels, least, random.Integer(least, 255));
+        const cv::Vec3f candidate(static_cast<float>(random.Real(0.0, 89.0)),
+                                  static_cast<float>(random.Real(0.0, 79.0)),
+                                  static_cast<float>(random.Real(3.0, 25.0)));
+        ASSERT_EQ(CircleMarkScore(image, candidate), Reference::CircleMarkScore(image, candidate)) << candidate;
+    }
+}
+
+TEST(CircleMarkScore, MovesThePatchInwardAtTheLeftAndTop) {
+    // The patch of a candidate at column 5 is the one of columns 0 to 72, with the ring around column 5 in it.
+    const cv::Mat image = Scene({150, 150}, 40.0).Paint(Disc({5.0, 75.0}, 24.0), 220.0).Gray();
+    const cv::Mat patch = image(cv::Rect(0, 39, 72, 72)).clone();
+    EXPECT_EQ(CircleMarkScore(image, {5.0f, 75.0f, 24.0f}), CircleMarkScore(patch, {5.0f, 36.0f, 24.0f}));
+    // A speck in column 71, outside of a patch that were cut at the left, changes the stretch.
+    cv::Mat speckled = image.clone();
+    speckled.at<uchar>(75, 71) = 0;
+    EXPECT_NE(CircleMarkScore(speckled, {5.0f, 75.0f, 24.0f}), CircleMarkScore(image, {5.0f, 75.0f, 24.0f}));
+    speckled = image.clone();
+    speckled.at<uchar>(75, 72) = 0;
+    EXPECT_EQ(CircleMarkScore(speckled, {5.0f, 75.0f, 24.0f}), CircleMarkScore(image, {5.0f, 75.0f, 24.0f}));
+}
+
+TEST(CircleMarkScore, CutsThePatchAtTheRightAndBottom) {
+    const cv::Mat image = Scene({150, 150}, 40.0).Paint(Disc({145.0, 140.0}, 24.0), 220.0).Gray();
+    const cv::Mat patch = image(cv::Rect(109, 104, 41, 46)).clone();
+    EXPECT_EQ(CircleMarkScore(image, {145.0f, 140.0f, 24.0f}),
+              Reference::CircleMarkScore(image, {145.0f, 140.0f, 24.0f}));
+    cv::Mat elsewhere = RandomInput(43).Image(image.size());
+    patch.copyTo(elsewhere(cv::Rect(109, 104, 41, 46)));
+    EXPECT_EQ(CircleMarkScore(image, {145.0f, 140.0f, 24.0f}), CircleMarkScore(elsewhere, {145.0f, 140.0f, 24.0f}));
+}
+
+TEST(CircleMarkScore, WithoutAnyRingPixelInThePatchIsZero) {
+    const cv::Mat image = RandomInput(44).Image({150, 150});
+    EXPECT_EQ(CircleMarkScore(image, {-60.0f, 75.0f, 24.0f}), 0.0f);
+    EXPECT_EQ(CircleMarkScore(image, {75.0f, -60.0f, 24.0f}), 0.0f);
+}
+
+TEST(CircleMarkScore, WithOneOfTheRingsOutsideIsZero) {
+    // At column -26 the outer ring still reaches into the image and the inner one, of radius 24, does not.
+    const cv::Mat image = RandomInput(45).Image({150, 150});
+    EXPECT_EQ(CircleMarkScore(image, {-27.0f, 75.0f, 24.0f}), 0.0f);
+    EXPECT_GT(CircleMarkScore(image, {-20.0f, 75.0f, 24.0f}), 0.0f);
+}
+
+TEST(CircleMarkScore, InATooSmallImageIsOpenCvsException) {
+    const cv::Mat image = RandomInput(46).Image({60, 150});
+    EXPECT_THROW(CircleMarkScore(image, {20.0f, 75.0f, 24.0f}), cv::Exception);
+    EXPECT_NO_THROW(CircleMarkScore(image, {40.0f, 75.0f, 24.0f}));
+    EXPECT_THROW(CircleMarkScore(cv::Mat(), {20.0f, 75.0f, 24.0f}), cv::Exception);
+}
+
+TEST(CircleMarkScore, OfOtherChannelCountsIsZero) {
+    for (const int channels : {2, 5}) {
+        EXPECT_EQ(CircleMarkScore(RandomInput(47).Image({100, 100}, channels), {50.0f, 50.0f, 20.0f}), 0.0f);
+    }
+}
+
+TEST(CircleMarkScore, LeavesTheImageAlone) {
+    const cv::Mat image = RandomInput(48).Image({100, 100});
+    const cv::Mat before = image.clone();
+    CircleMarkScore(image, {50.0f, 50.0f, 20.0f});
+    EXPECT_THAT(image, EqualsMat(before));
+}
+
+// The range.
+
+TEST(StretchRange, OfTheFullRangeIsACopyOfItsOwn) {
+    for (const int channels : {1, 2, 3, 4}) {
+        const cv::Mat image = RandomInput(49).Image({31, 17}, channels);
+        const cv::Mat copy = StretchRange(image, 0.0f, 255.0f);
+        EXPECT_THAT(copy, EqualsMat(image));
+        EXPECT_NE(copy.data, image.data);
+    }
+}
+
+TEST(StretchRange, TakesTheLimitsToBlackAndWhite) {
+    const cv::Mat image = (cv::Mat_<uchar>(1, 6) << 0, 50, 51, 100, 101, 255);
+    const cv::Mat expected = (cv::Mat_<uchar>(1, 6) << 0, 0, 5, 250, 255, 255);
+    EXPECT_THAT(StretchRange(image, 50.0f, 101.0f), EqualsMat(expected));
+}
+
+TEST(StretchRange, KeepsTheDepth) {
+    const cv::Mat image = (cv::Mat_<float>(1, 3) << -1.0f, 0.0f, 3.0f);
+    const cv::Mat expected = (cv::Mat_<float>(1, 3) << 0.0f, 63.75f, 255.0f);
+    EXPECT_THAT(StretchRange(image, -1.0f, 3.0f), EqualsMat(expected));
+}
+
+TEST(StretchRange, WithoutARangeIsEmpty) {
+    const cv::Mat image = RandomInput(50).Image({4, 4});
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_TRUE(StretchRange(image, 10.0f, 10.0f).empty());
+    EXPECT_TRUE(StretchRange(image, 11.0f, 10.0f).empty());
+    EXPECT_TRUE(StretchRange(image, nan, 10.0f).empty());
+    EXPECT_TRUE(StretchRange(image, 10.0f, nan).empty());
+}
+
+}  // namespace
+}  // namespace Quorvane

@@ -1,0 +1,492 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <memory>
+#include <opencv2/imgproc.hpp>
+#include <stdexcept>
+
+#include "algorithms/CircleMarks.h"
+#include "framework/AlgorithmFactory.h"
+#include "framework/NumberText.h"
+#include "tests/support/MarkPlate.h"
+#include "tests/support/Matchers.h"
+#include "tests/support/Pictures.h"
+#include "tests/support/RandomInput.h"
+#include "tests/support/Scene.h"
+
+namespace Quorvane {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+using testing::SizeIs;
+using testing::UnorderedElementsAre;
+using TestSupport::Disc;
+using TestSupport::EqualsMat;
+using TestSupport::ExpectThrowWithText;
+using TestSupport::MarkPlate;
+using TestSupport::RandomInput;
+using TestSupport::Scene;
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+const Texts listNames{"MarkPoint_X", "MarkPoint_Y", "MarkPoint_Similarity", "MarkPoint_Radius"};
+const Texts sortModes{"Similarity_Ascendingorder", "Similarity_Descendingorder", "DistToImgCenter_Ascendingorder",
+                      "DistToImgCenter_Descendingorder"};
+
+constexpr const char* radiusMessage = "[FindMarkPoint] Param(Radius) is invalid!";
+constexpr const char* crossMessage = "[FindMarkPoint] Param(iCrossWidth/iCrossHeight) is invalid!";
+
+class FindMarkPointTest : public testing::Test {
+protected:
+    std::string ErrorMessage() {
+        std::string message;
+        algorithm->GetErrorMsg(message);
+        return message;
+    }
+
+    void SetSearch(double radius, double similarityMin, const std::string& sortMode = "none") {
+        algorithm->SetParameter("Radius", radius);
+        algorithm->SetParameter("SimilarityMin", similarityMin);
+        algorithm->SetParameter("SortMode", sortMode);
+    }
+
+    cv::Mat Run(const cv::Mat& source) {
+        cv::Mat destination;
+        EXPECT_EQ(algorithm->Execute(source, destination), 0);
+        return destination;
+    }
+
+    /// One line of texts for each mark: x, y, similarity, radius.
+    std::vector<Texts> Lines() {
+        std::vector<Texts> lines(algorithm->GetResultValues(listNames[0]).size());
+        for (const std::string& name : listNames) {
+            const Texts values = algorithm->GetResultValues(name);
+            EXPECT_EQ(values.size(), lines.size()) << name;
+            for (std::size_t i = 0; i < values.size(); ++i) lines.at(i).push_back(values[i]);
+        }
+        EXPECT_THAT(algorithm->GetResultValues("FindCount"), ElementsAre(std::to_string(lines.size())));
+        return lines;
+    }
+
+    /// The data results, for comparison before and after a run.
+    std::vector<Texts> Data() {
+        std::vector<Texts> data{algorithm->GetResultValues("FindCount")};
+        for (const std::string& name : listNames) data.push_back(algorithm->GetResultValues(name));
+        return data;
+    }
+
+    std::unique_ptr<Algorithm> algorithm{AlgorithmFactory().CreateAlgorithm("FindMarkPoint")};
+};
+
+/// Six marks of radius 24 in differing contrast, so that all similarities differ.
+cv::Mat SixMarks() {
+    Scene scene({400, 300}, 40.0);
+    const std::vector<cv::Point2d> centres = MarkPlate{{400, 300}, {3, 2}, 24.0}.Centres();
+    double brightness = 250.0;
+    for (const cv::Point2d& centre : centres) scene.Paint(Disc(centre, 24.0), brightness -= 30.0);
+    return scene.Blur(0.8).Noise(3.0, 5).Colour();
+}
+
+TEST_F(FindMarkPointTest, DeclaresItsParametersAndResults) {
+    Texts names;
+    algorithm->GetParameterNameList(names);
+    EXPECT_THAT(names, UnorderedElementsAre("MarkPointType", "Radius", "SimilarityMin", "SortMode"));
+    EXPECT_EQ(algorithm->GetParameterToString("MarkPointType"), "Circle");
+    EXPECT_EQ(algorithm->GetParameterToString("Radius"), "50");
+    EXPECT_EQ(algorithm->GetParameterToString("SimilarityMin"), "0.850000");
+    EXPECT_EQ(algorithm->GetParameterToDoubleVec("SimilarityMin"), std::vector<double>{0.8500000238418579});
+    EXPECT_EQ(algorithm->GetParameterToString("SortMode"), "DistToImgCenter_Ascendingorder");
+
+    algorithm->GetResultNameList(names);
+    EXPECT_THAT(names, UnorderedElementsAre("AlgorithmErrorMsg", "FindCount", "MarkPoint_X", "MarkPoint_Y",
+                                            "MarkPoint_Similarity"));
+    EXPECT_THAT(algorithm->GetResultValues("AlgorithmErrorMsg"), ElementsAre(""));
+    EXPECT_THAT(algorithm->GetResultValues("FindCount"), ElementsAre("0"));
+    for (const std::string& name : listNames) EXPECT_THAT(algorithm->GetResultValues(name), IsEmpty()) << name;
+}
+
+TEST_F(FindMarkPointTest, RefusesAnEmptyImageAndLeavesTheDestinationAlone) {
+    SetSearch(24.0, 0.7);
+    Run(SixMarks());
+    const auto before = Data();
+    cv::Mat destination(3, 4, CV_8UC1, cv::Scalar(9));
+    const cv::Mat unchanged = destination.clone();
+    EXPECT_EQ(algorithm->Execute(cv::Mat(), destination), 2);
+    EXPECT_EQ(ErrorMessage(), "[FindMarkPoint] SourceImage is invalid!");
+    EXPECT_THAT(destination, EqualsMat(unchanged));
+    EXPECT_EQ(Data(), before);
+}
+
+TEST_F(FindMarkPointTest, ReportsWhatTheSearchAccepted) {
+    const cv::Mat picture = SixMarks();
+    SetSearch(24.0, 0.7);
+    Run(picture);
+    std::vector<cv::Point2f> centres;
+    std::vector<double> radii;
+    std::vector<double> similarities;
+    FindCircleMarks(picture, 24.0, (1.0 - 0.7) * 24.0, 0.7, centres, radii, similarities);
+    ASSERT_THAT(centres, SizeIs(6));
+    std::vector<Texts> expected;
+    for (std::size_t i = 0; i < centres.size(); ++i) {
+        expected.push_back(
+            {FixedText(centres[i].x), FixedText(centres[i].y), FixedText(similarities[i]), FixedText(radii[i])});
+    }
+    EXPECT_EQ(Lines(), expected);
+}
+
+TEST_F(FindMarkPointTest, TheDefaultsAreTheSearchForRadiusFifty) {
+    const cv::Mat picture = MarkPlate{{600, 400}, {3, 2}, 50.0, 230.0, 20.0}.Render().Blur(1.5).Gray();
+    algorithm->SetParameter("SortMode", std::string("none"));
+    Run(picture);
+    std::vector<cv::Point2f> centres;
+    std::vector<double> radii;
+    std::vector<double> similarities;
+    FindCircleMarks(picture, 50.0, 7.4999988079071045, 0.8500000238418579, centres, radii, similarities);
+    ASSERT_THAT(centres, Not(IsEmpty()));
+    Texts x;
+    for (const cv::Point2f& centre : centres) x.push_back(FixedText(centre.x));
+    EXPECT_EQ(algorithm->GetResultValues("MarkPoint_X"), x);
+}
+
+TEST_F(FindMarkPointTest, OrdersByTheKeyOfEachSortMode) {
+    const cv::Mat picture = SixMarks();
+    SetSearch(24.0, 0.6);
+    Run(picture);
+    std::vector<Texts> accepted = Lines();
+    ASSERT_THAT(accepted, SizeIs(6));
+    std::vector<Texts> sortedAcceptance = accepted;
+    std::sort(sortedAcceptance.begin(), sortedAcceptance.end());
+
+    for (const std::string& mode : sortModes) {
+        SetSearch(24.0, 0.6, mode);
+        Run(picture);
+        std::vector<Texts> lines = Lines();
+        std::vector<double> keys;
+        for (const Texts& line : lines) {
+            const double distance = std::hypot(std::stod(line[0]) - 200.0, std::stod(line[1]) - 150.0);
+            keys.push_back(mode.front() == 'S' ? std::stod(line[2]) : distance);
+        }
+        if (mode.find("Descending") != std::string::npos) std::reverse(keys.begin(), keys.end());
+        EXPECT_TRUE(std::is_sorted(keys.begin(), keys.end())) << mode;
+        EXPECT_LT(keys.front(), keys.back()) << mode;
+        // The marks stayed whole: the same lines in another order.
+        std::sort(lines.begin(), lines.end());
+        EXPECT_EQ(lines, sortedAcceptance) << mode;
+    }
+}
+
+TEST_F(FindMarkPointTest, AnotherSortModeKeepsTheOrderOfAcceptance) {
+    const cv::Mat picture = SixMarks();
+    SetSearch(24.0, 0.6, "none");
+    Run(picture);
+    const std::vector<Texts> accepted = Lines();
+    for (const char* mode : {"", "similarity_ascendingorder", "Similarity_Ascendingorder ", "DistToImgCenter"}) {
+        SetSearch(24.0, 0.6, mode);
+        Run(picture);
+        EXPECT_EQ(Lines(), accepted) << mode;
+    }
+}
+
+TEST_F(FindMarkPointTest, MeasuresDistancesFromTheWholePixelInTheMiddle) {
+    // Of 403 columns the middle is 201, not 201.5: from there the left mark at 101 is nearer than the right one, at 301
+    // but 10 rows lower; from 201.5 it would be farther.
+    const cv::Mat picture = Scene({403, 203}, 40.0)
+                                .Paint(Disc({101.0, 101.0}, 24.0), 220.0)
+                                .Paint(Disc({301.0, 111.0}, 24.0), 220.0)
+                                .Gray();
+    SetSearch(24.0, 0.7, "DistToImgCenter_Ascendingorder");
+    Run(picture);
+    EXPECT_THAT(algorithm->GetResultValues("MarkPoint_X"), ElementsAre("101.000000", "301.000000"));
+    EXPECT_THAT(algorithm->GetResultValues("MarkPoint_Y"), ElementsAre("101.000000", "111.000000"));
+    SetSearch(24.0, 0.7, "DistToImgCenter_Descendingorder");
+    Run(picture);
+    EXPECT_THAT(algorithm->GetResultValues("MarkPoint_X"), ElementsAre("301.000000", "101.000000"));
+}
+
+TEST_F(FindMarkPointTest, MarksOfEqualSimilarityStayWhole) {
+    const cv::Mat picture = Scene({400, 200}, 40.0)
+                                .Paint(Disc({101.0, 101.0}, 24.0), 220.0)
+                                .Paint(Disc({301.0, 101.0}, 24.0), 220.0)
+                                .Gray();
+    SetSearch(24.0, 0.7, "Similarity_Descendingorder");
+    Run(picture);
+    const std::vector<Texts> lines = Lines();
+    ASSERT_THAT(lines, SizeIs(2));
+    EXPECT_EQ(lines[0][2], lines[1][2]);
+    EXPECT_EQ(lines[0][3], lines[1][3]);
+    EXPECT_THAT((Texts{lines[0][0], lines[1][0]}), UnorderedElementsAre("101.000000", "301.000000"));
+}
+
+TEST_F(FindMarkPointTest, TheFirstValueIsTheFirstMarkInTheChosenOrder) {
+    SetSearch(24.0, 0.6, "Similarity_Descendingorder");
+    Run(SixMarks());
+    EXPECT_EQ(algorithm->GetResultValue("MarkPoint_X"), algorithm->GetResultValues("MarkPoint_X").front());
+    EXPECT_EQ(algorithm->GetResultValue("FindCount"), "6");
+}
+
+TEST_F(FindMarkPointTest, DrawsADotAndACircleForEachMarkInSearchOrder) {
+    const cv::Mat picture = SixMarks();
+    SetSearch(24.0, 0.7);
+    const cv::Mat marked = Run(picture);
+    cv::Mat expected = picture.clone();
+    for (const Texts& line : Lines()) {
+        const cv::Point centre(cvRound(std::stod(line[0])), cvRound(std::stod(line[1])));
+        cv::circle(expected, centre, 1, cv::Scalar(0, 255, 0), cv::FILLED, cv::LINE_8);
+        cv::circle(expected, centre, cvRound(std::stod(line[3])), cv::Scalar(0, 0, 255), 1, cv::LINE_8);
+    }
+    EXPECT_THAT(marked, EqualsMat(expected));
+    EXPECT_GT(cv::norm(marked, picture), 0.0);
+    for (const std::string& mode : sortModes) {
+        SetSearch(24.0, 0.7, mode);
+        EXPECT_THAT(Run(picture), EqualsMat(expected)) << mode;
+    }
+}
+
+TEST_F(FindMarkPointTest, DrawsInBlackOnOneChannelAndWithoutAlphaOnFour) {
+    const Scene scene = MarkPlate{{200, 160}, {1, 1}, 24.0}.Render();
+    SetSearch(24.0, 0.7);
+    const cv::Mat gray = Run(scene.Gray());
+    const Texts line = Lines().at(0);
+    const int x = cvRound(std::stod(line[0]));
+    const int y = cvRound(std::stod(line[1]));
+    const int r = cvRound(std::stod(line[3]));
+    EXPECT_EQ(gray.type(), CV_8UC1);
+    EXPECT_EQ(gray.at<uchar>(y, x), 0);
+    EXPECT_EQ(gray.at<uchar>(y, x + r), 0);
+    EXPECT_EQ(cv::countNonZero((gray != scene.Gray()) & (gray != 0)), 0);
+
+    const cv::Mat colour = Run(scene.ColourWithAlpha());
+    EXPECT_EQ(colour.type(), CV_8UC4);
+    EXPECT_EQ(colour.at<cv::Vec4b>(y, x), cv::Vec4b(0, 255, 0, 0));
+    EXPECT_EQ(colour.at<cv::Vec4b>(y, x + r), cv::Vec4b(0, 0, 255, 0));
+}
+
+TEST_F(FindMarkPointTest, FindingNothingIsSuccessWithEmptyLists) {
+    SetSearch(24.0, 0.7);
+    Run(SixMarks());
+    const cv::Mat flat(100, 120, CV_8UC3, cv::Scalar(10, 20, 30));
+    EXPECT_THAT(Run(flat), EqualsMat(flat));
+    EXPECT_THAT(algorithm->GetResultValues("FindCount"), ElementsAre("0"));
+    Texts names;
+    algorithm->GetResultNameList(names);
+    for (const std::string& name : listNames) {
+        EXPECT_THAT(algorithm->GetResultValues(name), IsEmpty()) << name;
+        EXPECT_THAT(names, Contains(name));
+    }
+    EXPECT_EQ(ErrorMessage(), "");
+}
+
+TEST_F(FindMarkPointTest, TheRadiusResultAppearsWithTheFirstRunForCircles) {
+    Texts names;
+    algorithm->SetParameter("MarkPointType", std::string("Cross"));
+    algorithm->SetParameter("Width", 5);
+    algorithm->SetParameter("Height", 3);
+    Run(SixMarks());
+    algorithm->SetParameter("MarkPointType", std::string("Circle"));
+    algorithm->SetParameter("Radius", 0);
+    cv::Mat destination;
+    EXPECT_EQ(algorithm->Execute(SixMarks(), destination), 3);
+    algorithm->GetResultNameList(names);
+    EXPECT_THAT(names, Not(Contains("MarkPoint_Radius")));
+
+    SetSearch(24.0, 0.7);
+    Run(SixMarks());
+    algorithm->GetResultNameList(names);
+    EXPECT_THAT(names, Contains("MarkPoint_Radius"));
+}
+
+TEST_F(FindMarkPointTest, RefusesARadiusThatIsNotPositiveAndKeepsTheOldResults) {
+    const cv::Mat picture = SixMarks();
+    SetSearch(24.0, 0.7);
+    Run(picture);
+    const auto before = Data();
+    const auto expectRefused = [&] {
+        cv::Mat destination;
+        EXPECT_EQ(algorithm->Execute(picture, destination), 3);
+        EXPECT_EQ(ErrorMessage(), radiusMessage);
+        EXPECT_THAT(destination, EqualsMat(picture));
+        EXPECT_EQ(Data(), before);
+    };
+    for (const int radius : {0, -3}) {
+        algorithm->SetParameter("Radius", radius);
+        expectRefused();
+    }
+    algorithm->SetParameter("Radius", std::string("0"));
+    expectRefused();
+    algorithm->SetParameter("Radius", std::nan(""));
+    expectRefused();
+}
+
+TEST_F(FindMarkPointTest, AMessageOutlivesALaterSuccess) {
+    algorithm->SetParameter("Radius", 0);
+    cv::Mat destination;
+    EXPECT_EQ(algorithm->Execute(SixMarks(), destination), 3);
+    SetSearch(24.0, 0.7);
+    Run(SixMarks());
+    EXPECT_THAT(Lines(), SizeIs(6));
+    EXPECT_EQ(ErrorMessage(), radiusMessage);
+    // Only the next failure replaces it.
+    EXPECT_EQ(algorithm->Execute(cv::Mat(), destination), 2);
+    EXPECT_THAT(algorithm->GetResultValues("AlgorithmErrorMsg"),
+                ElementsAre("[FindMarkPoint] SourceImage is invalid!"));
+}
+
+TEST_F(FindMarkPointTest, ReadsTheRadiusWithItsFractionAndFromText) {
+    const cv::Mat picture = SixMarks();
+    SetSearch(24.25, 0.7);
+    Run(picture);
+    const auto lines = Lines();
+    algorithm->SetParameter("Radius", std::string(" 24.25 pixels"));
+    Run(picture);
+    EXPECT_EQ(Lines(), lines);
+}
+
+TEST_F(FindMarkPointTest, ASimilarityAboveOneFindsNothing) {
+    for (const double similarityMin : {1.01, 1.5, 3.0, 1e6}) {
+        SetSearch(24.0, similarityMin);
+        const cv::Mat picture = SixMarks();
+        EXPECT_THAT(Run(picture), EqualsMat(picture));
+        EXPECT_THAT(Lines(), IsEmpty()) << similarityMin;
+        EXPECT_EQ(ErrorMessage(), "");
+    }
+}
+
+TEST_F(FindMarkPointTest, ACrossNeedsWidthAndHeight) {
+    const cv::Mat picture = SixMarks();
+    SetSearch(24.0, 0.7);
+    Run(picture);
+    const auto before = Data();
+    algorithm->SetParameter("MarkPointType", std::string("Cross"));
+    const auto expectRefused = [&] {
+        cv::Mat destination;
+        EXPECT_EQ(algorithm->Execute(picture, destination), 3);
+        EXPECT_EQ(ErrorMessage(), crossMessage);
+        EXPECT_THAT(destination, EqualsMat(picture));
+        EXPECT_EQ(Data(), before);
+    };
+    expectRefused();
+    algorithm->SetParameter("Width", 5);
+    expectRefused();
+    algorithm->SetParameter("Height", 0);
+    expectRefused();
+    algorithm->SetParameter("Height", -7);
+    expectRefused();
+    algorithm->SetParameter("Width", 0.9);
+    algorithm->SetParameter("Height", 7);
+    expectRefused();
+}
+
+TEST_F(FindMarkPointTest, ReadingACrossAddsNoParameter) {
+    algorithm->SetParameter("MarkPointType", std::string("Cross"));
+    cv::Mat destination;
+    EXPECT_EQ(algorithm->Execute(SixMarks(), destination), 3);
+    Texts names;
+    algorithm->GetParameterNameList(names);
+    EXPECT_THAT(names, SizeIs(4));
+}
+
+TEST_F(FindMarkPointTest, ACrossIsNotSearchedFor) {
+    const cv::Mat picture = SixMarks();
+    SetSearch(24.0, 0.7);
+    Run(picture);
+    const auto before = Data();
+    algorithm->SetParameter("MarkPointType", std::string("Cross"));
+    algorithm->SetParameter("Width", 5);
+    algorithm->SetParameter("Height", 3);
+    algorithm->SetParameter("Radius", 0);  // not read
+    const cv::Mat destination = Run(picture);
+    EXPECT_THAT(destination, EqualsMat(picture));
+    EXPECT_NE(destination.data, picture.data);
+    EXPECT_EQ(Data(), before);
+    EXPECT_EQ(ErrorMessage(), "");
+}
+
+TEST_F(FindMarkPointTest, AnotherTypeDoesNothingButTheCopy) {
+    const cv::Mat picture = SixMarks();
+    SetSearch(24.0, 0.7);
+    Run(picture);
+    const auto before = Data();
+    algorithm->SetParameter("Radius", 0);  // not read
+    for (const char* type : {"circle", "CROSS", "", "Circle "}) {
+        algorithm->SetParameter("MarkPointType", std::string(type));
+        EXPECT_THAT(Run(picture), EqualsMat(picture)) << type;
+        EXPECT_EQ(Data(), before) << type;
+        EXPECT_EQ(ErrorMessage(), "") << type;
+    }
+}
+
+TEST_F(FindMarkPointTest, TextsWithoutNumberReachTheHostAsExceptions) {
+    const cv::Mat picture = SixMarks();
+    cv::Mat destination;
+    const auto run = [&] { algorithm->Execute(picture, destination); };
+    algorithm->SetParameter("Radius", std::string("wide"));
+    ExpectThrowWithText<std::invalid_argument>(run, "invalid stod argument");
+    EXPECT_THAT(destination, EqualsMat(picture));
+    algorithm->SetParameter("Radius", 24);
+    algorithm->SetParameter("SimilarityMin", std::string("much"));
+    ExpectThrowWithText<std::invalid_argument>(run, "invalid stod argument");
+    algorithm->SetParameter("SimilarityMin", 0.7);
+    algorithm->SetParameter("MarkPointType", std::string("Cross"));
+    algorithm->SetParameter("Width", std::string("wide"));
+    ExpectThrowWithText<std::invalid_argument>(run, "invalid stoi argument");
+    EXPECT_EQ(ErrorMessage(), "");
+}
+
+TEST_F(FindMarkPointTest, RefusedPicturesReachTheHostAsExceptionsAfterTheCopy) {
+    SetSearch(24.0, 0.7);
+    Run(SixMarks());
+    const auto before = Data();
+    for (const int type : {CV_8UC2, CV_16UC1, CV_32FC3}) {
+        const cv::Mat source(80, 90, type, cv::Scalar::all(7));
+        cv::Mat destination;
+        EXPECT_THROW(algorithm->Execute(source, destination), cv::Exception) << cv::typeToString(type);
+        EXPECT_THAT(destination, EqualsMat(source));
+    }
+    EXPECT_EQ(Data(), before);
+}
+
+TEST_F(FindMarkPointTest, APatchThatLeavesTheImageReachesTheHostAsAnException) {
+    SetSearch(24.0, 0.7);
+    cv::Mat destination;
+    const cv::Mat narrow = Scene({60, 200}, 40.0).Paint(Disc({28.0, 100.0}, 24.0), 220.0).Gray();
+    EXPECT_THROW(algorithm->Execute(narrow, destination), cv::Exception);
+}
+
+TEST_F(FindMarkPointTest, TheSourceStaysAsItWas) {
+    const cv::Mat picture = SixMarks();
+    const cv::Mat before = picture.clone();
+    SetSearch(24.0, 0.7);
+    cv::Mat destination = picture;  // shares the pixels
+    EXPECT_EQ(algorithm->Execute(picture, destination), 0);
+    EXPECT_THAT(picture, EqualsMat(before));
+    EXPECT_GT(cv::norm(destination, before), 0.0);
+}
+
+TEST_F(FindMarkPointTest, SourceAndDestinationMayBeOneMatrix) {
+    SetSearch(24.0, 0.7);
+    const cv::Mat expected = Run(SixMarks());
+    cv::Mat picture = SixMarks();
+    EXPECT_EQ(algorithm->Execute(picture, picture), 0);
+    EXPECT_THAT(picture, EqualsMat(expected));
+    EXPECT_THAT(Lines(), SizeIs(6));
+}
+
+TEST_F(FindMarkPointTest, RunsAreTheSameEveryTime) {
+    const cv::Mat picture = TestSupport::LoadColourPicture("coins.png");
+    SetSearch(22.0, 0.7);
+    const cv::Mat first = Run(picture);
+    const auto lines = Lines();
+    const cv::Mat second = Run(picture);
+    EXPECT_THAT(second, EqualsMat(first));
+    EXPECT_EQ(Lines(), lines);
+}
+
+}  // namespace
+}  // namespace Quorvane
