@@ -134,23 +134,24 @@ TEST(FindCircleMarks, SharpensBelowARadiusOfNineOnly) {
     EXPECT_EQ(found(8.9), sharpened(8.9, true));
 }
 
-TEST(FindCircleMarks, KeepsOnlyRadiiWithinTheUntruncatedLimits) {
-    // The transform is asked for 42 to 57; candidates between 42 and 42.5 or between 57.5 and 58 must go.
-    const double tolerance = 7.4999988079071045;
-    int dropped = 0;
-    for (std::uint32_t seed = 0; seed < 30; ++seed) {
-        const cv::Mat picture = BusyScene(seed, 50.0);
-        const CircleSearch search{17, false, 16, 42, 57};
-        for (const auto& candidate :
-             Reference::CircleCandidates(Reference::CleanedGray(picture, search), 50.0, search)) {
-            if (candidate[2] < 42.5f || candidate[2] > 57.5f) ++dropped;
+TEST(FindCircleMarks, DropsRadiiOutsideOfTheUntruncatedLimits) {
+    // The transform is asked for 49 to 50 and answers with a little over 49; only 49.9 to 50.7 may pass.
+    const CircleSearch search{17, false, 16, 49, 50};
+    std::size_t candidates = 0;
+    for (double radius = 48.5; radius < 51.5; radius += 0.25) {
+        const cv::Mat picture = MarkPlate{{260, 240}, {1, 1}, radius}.Render().Gray();
+        candidates += Reference::CircleCandidates(Reference::CleanedGray(picture, search), 50.3, search).size();
+        for (const double found : Search(picture, 50.3, 0.4, 0.0).radii) {
+            EXPECT_GE(found, 50.3 - 0.4);
+            EXPECT_LE(found, 50.3 + 0.4);
         }
-        for (const double found : Search(picture, 50.0, tolerance, 0.0).radii) {
-            EXPECT_GE(found, 42.500001192092896);
-            EXPECT_LE(found, 57.499998807907104);
-        }
+        EXPECT_EQ(Search(picture, 50.3, 0.4, 0.0).radii.size(),
+                  Reference::CircleMarks(picture, 50.3, 0.4, 0.0, search).size());
     }
-    EXPECT_GT(dropped, 0);
+    EXPECT_GT(candidates, 0U);
+    const cv::Mat small = MarkPlate{{260, 240}, {1, 1}, 49.0}.Render().Gray();
+    EXPECT_FALSE(Reference::CircleCandidates(Reference::CleanedGray(small, search), 50.3, search).empty());
+    EXPECT_TRUE(Search(small, 50.3, 0.4, 0.0).centres.empty());
 }
 
 TEST(FindCircleMarks, FindsNothingOnAFlatImage) {
