@@ -26,7 +26,9 @@ struct Marks {
 
 /// The middle of an image of whole pixels: 320 for 641 columns.
 cv::Point2f MiddleOf(const cv::Mat& image) {
-    return {static_cast<float>(image.cols / 2), static_cast<float>(image.rows / 2)};
+    const int column = image.cols / 2;
+    const int row = image.rows / 2;
+    return {static_cast<float>(column), static_cast<float>(row)};
 }
 
 std::vector<double> DistancesTo(const cv::Point2f& point, const std::vector<cv::Point2f>& centres) {
@@ -146,15 +148,14 @@ FindMarkPoint::~FindMarkPoint() = default;
 
 int FindMarkPoint::Execute(const cv::Mat& source, cv::Mat& destination) {
     if (source.empty()) return Fail(2, "[FindMarkPoint] SourceImage is invalid!", *results_);
-    // A header of its own: the host may hand in one matrix as source and destination.
-    const cv::Mat picture = source;
-    destination = picture.clone();
+    // Not copied into the pixels that the destination has: those may be the source's, which must not be drawn in.
+    destination = source.clone();
 
     const std::string type = parameters_->GetParameter("MarkPointType").ToString();
     const std::string sortMode = parameters_->GetParameter("SortMode").ToString();
     const double similarityMin = parameters_->GetParameter("SimilarityMin").ToDouble();
     if (type == "Circle") {
-        return ExecuteCircle(picture, destination, similarityMin, sortMode, *parameters_, *results_);
+        return ExecuteCircle(source, destination, similarityMin, sortMode, *parameters_, *results_);
     }
     if (type == "Cross") return ExecuteCross(*parameters_, *results_);
     return 0;

@@ -21,6 +21,7 @@ int main(int argumentCount, char** arguments) {
     }
     const std::vector<std::pair<std::string, std::function<void(Demo::Report&)>>> sections{
         {"laser dots", Demo::LaserDotsSection},
+        {"mark points", Demo::MarkPointsSection},
     };
     try {
         Demo::Report report(arguments[1]);

@@ -76,14 +76,24 @@ void Report::Paragraph(const std::string& text) { body_ += "<p>" + Escaped(text)
 
 void Report::Pictures(const std::vector<Picture>& pictures) {
     body_ += "<div class=\"pictures\">\n";
-    for (const Picture& picture : pictures) {
-        const std::string name = "picture-" + std::to_string(++pictures_) + ".png";
-        if (!cv::imwrite((folder_ / name).string(), picture.image)) throw std::runtime_error("cannot write " + name);
-        body_ += "<figure><img src=\"" + name + "\" width=\"" + std::to_string(picture.image.cols) + "\" height=\"" +
-                 std::to_string(picture.image.rows) + "\" alt=\"" + Escaped(picture.caption) + "\"><figcaption>" +
-                 Escaped(picture.caption) + "</figcaption></figure>\n";
-    }
+    for (const Picture& picture : pictures) Figure(picture);
     body_ += "</div>\n";
+}
+
+void Report::PictureWithGrid(const Picture& picture, const std::string& caption,
+                             const std::vector<std::vector<std::string>>& lines) {
+    body_ += "<div class=\"pictures\">\n";
+    Figure(picture);
+    Grid(caption, lines);
+    body_ += "</div>\n";
+}
+
+void Report::Figure(const Picture& picture) {
+    const std::string name = "picture-" + std::to_string(++pictures_) + ".png";
+    if (!cv::imwrite((folder_ / name).string(), picture.image)) throw std::runtime_error("cannot write " + name);
+    body_ += "<figure><img src=\"" + name + "\" width=\"" + std::to_string(picture.image.cols) + "\" height=\"" +
+             std::to_string(picture.image.rows) + "\" alt=\"" + Escaped(picture.caption) + "\"><figcaption>" +
+             Escaped(picture.caption) + "</figcaption></figure>\n";
 }
 
 void Report::Table(const std::string& caption, const std::vector<Row>& rows) {

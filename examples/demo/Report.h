@@ -28,6 +28,9 @@ public:
     void Paragraph(const std::string& text);
     /// Pictures side by side where the window is wide enough, each written as a PNG file.
     void Pictures(const std::vector<Picture>& pictures);
+    /// One picture with a table of any number of columns beside it, under it where the window is narrow.
+    void PictureWithGrid(const Picture& picture, const std::string& caption,
+                         const std::vector<std::vector<std::string>>& lines);
     void Table(const std::string& caption, const std::vector<Row>& rows);
     /// A table of any number of columns; the first line holds their titles.
     void Grid(const std::string& caption, const std::vector<std::vector<std::string>>& lines);
@@ -36,6 +39,8 @@ public:
     std::filesystem::path Write() const;
 
 private:
+    void Figure(const Picture& picture);
+
     std::filesystem::path folder_;
     std::string contents_;
     std::string body_;

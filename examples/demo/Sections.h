@@ -7,5 +7,6 @@ namespace Demo {
 /// Each section runs one capability of the library on pictures and reports what came out. A section has a source of
 /// its own name; Main.cpp lists them in the order of the page.
 void LaserDotsSection(Report& report);
+void MarkPointsSection(Report& report);
 
 }  // namespace Demo
