@@ -182,6 +182,15 @@ TEST(FindCircleMarks, ASimilarityOfZeroTakesEveryCandidateInRange) {
     EXPECT_GT(candidatesInAll, 40U);
 }
 
+TEST(FindCircleMarks, TheLeastSimilarityIsItselfEnough) {
+    const cv::Mat picture = MarkPlate{{200, 160}, {1, 1}, 24.0}.Render().Gray();
+    const Found found = Search(picture, 24.0, 6.0, 0.5);
+    ASSERT_EQ(found.similarities.size(), 1U);
+    const double similarity = found.similarities[0];
+    EXPECT_EQ(Search(picture, 24.0, 6.0, similarity).similarities, found.similarities);
+    EXPECT_TRUE(Search(picture, 24.0, 6.0, std::nextafter(similarity, 1.0)).similarities.empty());
+}
+
 TEST(FindCircleMarks, ANegativeToleranceFindsNothing) {
     const cv::Mat picture = MarkPlate{{300, 240}, {1, 1}, 30.0}.Render().Gray();
     for (const double tolerance : {-0.5, -15.0, -30.0, -100.0}) {
@@ -283,17 +292,43 @@ TEST(CircleMarkScore, OfAFlatPatchIsTheShapeOfThePatchAlone) {
 }
 
 TEST(CircleMarkScore, WithoutAnyAreaIsContrastAlone) {
-    // Two single bright pixels on the ring: they lift its mean above that outside, and nothing else is kept.
+    // A single bright pixel and a bright line on the ring: they lift its mean above that outside, nothing else is kept,
+    // and neither has an area.
     const Rings rings = DrawRings();
     cv::Mat image(ringImage, CV_8UC1, cv::Scalar(50));
     image.at<uchar>(30, 10) = 255;
-    image.at<uchar>(30, 50) = 255;
-    ASSERT_EQ(rings.inner.at<uchar>(30, 10), 255);
-    ASSERT_EQ(rings.outer.at<uchar>(30, 10), 0);
-    ASSERT_EQ(rings.inner.at<uchar>(30, 50), 255);
-    const double mean = 255.0 * 2.0 / cv::countNonZero(rings.inner);
+    image(cv::Rect(50, 28, 1, 5)).setTo(255);
+    ASSERT_EQ(cv::countNonZero(rings.inner & (image == 255)), 6);
+    ASSERT_EQ(cv::countNonZero(rings.outer & (image == 255)), 0);
+    const double mean = 255.0 * 6.0 / cv::countNonZero(rings.inner);
     const float contrast = static_cast<float>(mean) / 60.0f * 0.5f;
     EXPECT_EQ(CircleMarkScore(image, ringCandidate), static_cast<float>(static_cast<double>(contrast) * 0.3));
+}
+
+TEST(CircleMarkScore, OfEqualAreasTakesTheFirstContour) {
+    // Two blocks whose outlines enclose 8 pixels each, one with a perimeter of 12 and the other of 18; a line on the
+    // ring makes it the brighter one.
+    cv::Mat image(ringImage, CV_8UC1, cv::Scalar(50));
+    image(cv::Rect(28, 22, 5, 3)).setTo(255);
+    image(cv::Rect(26, 35, 9, 2)).setTo(255);
+    image(cv::Rect(50, 28, 1, 5)).setTo(255);
+    std::vector<std::vector<cv::Point>> contours;
+    cv::findContours(image == 255, contours, cv::RETR_EXTERNAL, cv::CHAIN_APPROX_SIMPLE);
+    const auto first = std::find_if(contours.begin(), contours.end(),
+                                    [](const auto& contour) { return cv::contourArea(contour) == 8.0; });
+    ASSERT_EQ(contours.size(), 3U);
+    const double mean = 255.0 * 5.0 / cv::countNonZero(DrawRings().inner);
+    const double score = 0.3 * mean / 120.0 + 0.7 * ShapeScoreOfPolygon(*first, ringRadius);
+    EXPECT_NEAR(CircleMarkScore(image, ringCandidate), score, 1e-6);
+}
+
+TEST(CircleMarkScore, TakesTheDarkSideWhereTheRingsAreEqual) {
+    // Three black rows above the rings belong to the dark side; the whole patch is kept, but for one white pixel in it.
+    cv::Mat image(ringImage, CV_8UC1, cv::Scalar(100));
+    image.rowRange(0, 3).setTo(0);
+    image.at<uchar>(30, 30) = 255;
+    const std::vector<cv::Point> whole{{0, 0}, {0, 59}, {59, 59}, {59, 0}};
+    EXPECT_NEAR(CircleMarkScore(image, ringCandidate), 0.7 * ShapeScoreOfPolygon(whole, ringRadius), 1e-6);
 }
 
 /// A mark filled with one level on a ground of another. The two extremes stand in corners, where no ring is, so that
@@ -377,6 +412,27 @@ TEST(CircleMarkScore, IsBelowOneEvenForThePerfectMark) {
         const auto r = static_cast<float>(radius);
         EXPECT_LT(CircleMarkScore(image, {2.0f * r, 2.0f * r, r}), 1.0f) << radius;
     }
+}
+
+TEST(CircleMarkScore, MissesByAThousandthOfAPixelEvenWithThePerfectPerimeter) {
+    // An octagon in a square of 150 with corners of 33 and 34 cut off: its perimeter, 332 + 134 roots of 2, is that of
+    // a circle of radius 83 but for 0.0002 pixels.
+    const std::vector<cv::Point> octagon{{33, 0},    {116, 0},  {150, 34}, {150, 117},
+                                         {117, 150}, {34, 150}, {0, 116},  {0, 33}};
+    const double expected = 2.0 * CV_PI * 83.0;
+    const double perimeter = 332.0 + 134.0 * std::sqrt(2.0);
+    ASSERT_LT(std::abs(perimeter - expected), 0.0003);
+    ASSERT_NEAR(cv::arcLength(octagon, true), perimeter, 1e-4);
+    cv::Mat image(332, 332, CV_8UC1, cv::Scalar(0));
+    std::vector<cv::Point> placed;
+    for (const cv::Point& corner : octagon) placed.push_back(corner + cv::Point(91, 91));
+    cv::fillConvexPoly(image, placed, cv::Scalar(255));
+    cv::Mat inner = cv::Mat::zeros(image.size(), CV_8UC1);
+    cv::circle(inner, {166, 166}, 83, cv::Scalar(255), 16);
+    const double contrast = std::min((cv::mean(image, inner)[0] - 60.0) / 388.0 + 0.5, 1.0);
+    const double roundness = 4.0 * CV_PI * cv::contourArea(octagon) / (perimeter * perimeter);
+    const double score = 0.3 * contrast + 0.35 * (roundness + 1.0 - 0.001 / expected);
+    EXPECT_NEAR(CircleMarkScore(image, {166.0f, 166.0f, 83.0f}), score, 2e-7);
 }
 
 TEST(CircleMarkScore, RoundsACandidateToTheNearestEvenPixel) {
