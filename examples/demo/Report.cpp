@@ -27,7 +27,7 @@ figcaption { font-size: 14px; color: #4a535e; }
 .table { overflow-x: auto; margin: 12px 0; }
 table { border-collapse: collapse; font: 14px/1.4 ui-monospace, monospace; background: #fff; }
 caption { text-align: left; font: 600 14px system-ui, sans-serif; padding: 4px 0; }
-td, th { border: 1px solid #cfd5dc; padding: 3px 10px; text-align: left; overflow-wrap: anywhere; }
+td, th { border: 1px solid #cfd5dc; padding: 3px 10px; text-align: left; overflow-wrap: break-word; }
 </style>
 </head>
 <body>
