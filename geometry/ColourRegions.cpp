@@ -3,7 +3,7 @@
 // in which they are found, as the test of a pixel knows only the region's first one.
 //
 // The test itself stays in integers: a root of a whole number is at most the tolerance where the number is at most a
-// limit, found once. Sixteen pixels are tested at a time.
+// limit, found once.
 
 #include "geometry/ColourRegions.h"
 
@@ -11,7 +11,6 @@
 #include <cstdint>
 #include <cstring>
 #include <opencv2/core.hpp>
-#include <opencv2/core/hal/intrin.hpp>
 #include <vector>
 
 namespace Quorvane::UtilityFunctions {
@@ -70,7 +69,6 @@ public:
 
 private:
     static constexpr int margin = 1;
-    static constexpr int block = 16;
 
     uchar* TakenRow(int row) { return taken_.ptr(row + margin) + margin; }
     const uchar* TakenRow(int row) const { return taken_.ptr(row + margin) + margin; }

@@ -54,51 +54,52 @@ void ForEachPixel(const cv::Mat& lab, const cv::Mat& mask, const Action& action)
     }
 }
 
-struct Bin {
-    int count = 0;
-    std::size_t number = 0;
-};
-
-Bin FullestBin(const cv::Mat& lab, const cv::Mat& mask) {
+/// The bin that holds most pixels, of equal ones the first.
+std::size_t FullestBin(const cv::Mat& lab, const cv::Mat& mask) {
     std::vector<int> counts(binCount, 0);
     ForEachPixel(lab, mask, [&](int, int, const cv::Vec3b& pixel) { ++counts[BinOf(pixel)]; });
     std::size_t fullest = 0;
     for (std::size_t number = 1; number < binCount; ++number) {
         if (counts[number] > counts[fullest]) fullest = number;
     }
-    return {counts[fullest], fullest};
+    return fullest;
 }
 
-/// The mean colour of a bin's pixels, truncated.
-cv::Vec3i MeanColour(const cv::Mat& lab, const cv::Mat& mask, const Bin& bin) {
-    std::array<std::int64_t, 3> sums{};
-    ForEachPixel(lab, mask, [&](int, int, const cv::Vec3b& pixel) {
-        if (BinOf(pixel) != bin.number) return;
-        for (int i = 0; i < 3; ++i) sums[static_cast<std::size_t>(i)] += pixel[i];
-    });
-    return {static_cast<int>(sums[0] / bin.count), static_cast<int>(sums[1] / bin.count),
-            static_cast<int>(sums[2] / bin.count)};
-}
+struct Pixel {
+    cv::Point position;
+    cv::Vec3i colour;
+};
 
-int SquaredDistance(const cv::Vec3b& pixel, const cv::Vec3i& colour) {
-    const int d0 = pixel[0] - colour[0];
-    const int d1 = pixel[1] - colour[1];
-    const int d2 = pixel[2] - colour[2];
-    return d0 * d0 + d1 * d1 + d2 * d2;
-}
-
-/// The first of the bin's pixels that come nearest to the colour.
-cv::Point NearestPixel(const cv::Mat& lab, const cv::Mat& mask, const Bin& bin, const cv::Vec3i& colour) {
-    cv::Point nearest = nowhere;
-    int least = 0;
+/// The pixels of one bin, row by row.
+std::vector<Pixel> PixelsOf(const cv::Mat& lab, const cv::Mat& mask, std::size_t bin) {
+    std::vector<Pixel> pixels;
     ForEachPixel(lab, mask, [&](int r, int c, const cv::Vec3b& pixel) {
-        if (BinOf(pixel) != bin.number) return;
-        const int distance = SquaredDistance(pixel, colour);
-        if (nearest != nowhere && distance >= least) return;
-        nearest = {c, r};
-        least = distance;
+        if (BinOf(pixel) == bin) pixels.push_back({{c, r}, pixel});
     });
-    return nearest;
+    return pixels;
+}
+
+/// The mean colour, truncated.
+cv::Vec3i MeanColour(const std::vector<Pixel>& pixels) {
+    std::array<std::int64_t, 3> sums{};
+    for (const Pixel& pixel : pixels) {
+        for (int i = 0; i < 3; ++i) sums[static_cast<std::size_t>(i)] += pixel.colour[i];
+    }
+    const auto count = static_cast<std::int64_t>(pixels.size());
+    return {static_cast<int>(sums[0] / count), static_cast<int>(sums[1] / count), static_cast<int>(sums[2] / count)};
+}
+
+int SquaredDistance(const cv::Vec3i& a, const cv::Vec3i& b) {
+    const cv::Vec3i difference = a - b;
+    return difference.dot(difference);
+}
+
+/// The position of the pixel that comes nearest to the colour, of equal ones the first.
+cv::Point NearestTo(const cv::Vec3i& colour, const std::vector<Pixel>& pixels) {
+    const auto isNearer = [&](const Pixel& a, const Pixel& b) {
+        return SquaredDistance(a.colour, colour) < SquaredDistance(b.colour, colour);
+    };
+    return std::min_element(pixels.begin(), pixels.end(), isNearer)->position;
 }
 
 }  // namespace
@@ -114,9 +115,9 @@ cv::Point findDominantLABColorPointInContour(const cv::Mat& image, const std::ve
 
     cv::Mat mask = cv::Mat::zeros(box.size(), CV_8UC1);
     cv::fillPoly(mask, std::vector<std::vector<cv::Point>>{contour}, cv::Scalar(255), cv::LINE_8, 0, -box.tl());
-    const Bin bin = FullestBin(lab, mask);
-    if (bin.count == 0) return nowhere;
-    return box.tl() + NearestPixel(lab, mask, bin, MeanColour(lab, mask, bin));
+    const std::vector<Pixel> pixels = PixelsOf(lab, mask, FullestBin(lab, mask));
+    if (pixels.empty()) return nowhere;
+    return box.tl() + NearestTo(MeanColour(pixels), pixels);
 }
 
 }  // namespace Quorvane::UtilityFunctions
