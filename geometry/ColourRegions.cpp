@@ -7,9 +7,9 @@
 
 #include "geometry/ColourRegions.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <opencv2/core.hpp>
 #include <vector>
 
@@ -91,7 +91,7 @@ private:
         while (Joins(pixels, taken, first - 1)) --first;
         int last = column;
         while (Joins(pixels, taken, last + 1)) ++last;
-        std::memset(TakenRow(row) + first, 1, static_cast<std::size_t>(last - first + 1));
+        std::fill(TakenRow(row) + first, TakenRow(row) + last + 1, uchar{1});
         runs_.push_back({row, first, last});
     }
 
@@ -130,7 +130,7 @@ cv::Mat LargeColourRegions(const cv::Mat& picture, double tolerance, int areaLim
             const std::vector<Run>& runs = grower.Grow(r, c);
             if (PixelsOf(runs) <= areaLimit) continue;
             for (const Run& run : runs) {
-                std::memset(mask.ptr(run.row) + run.first, 255, static_cast<std::size_t>(run.last - run.first + 1));
+                std::fill(mask.ptr(run.row) + run.first, mask.ptr(run.row) + run.last + 1, uchar{255});
             }
         }
     }

@@ -26,7 +26,8 @@ struct Span {
 
 /// A span around a centre: shifted to begin at 0 at the least, cut off at `extent`.
 Span SpanAround(float center, int length, int extent) {
-    const double begin = std::trunc(static_cast<double>(center)) - length / 2;
+    const int half = length / 2;
+    const double begin = std::trunc(static_cast<double>(center)) - half;
     // Beyond every image lie a centre that is not a number and positions that no int holds.
     constexpr int beyond = std::numeric_limits<int>::max();
     Span span{begin < 0.0 ? 0 : begin < beyond ? static_cast<int>(begin) : beyond, length};
@@ -96,7 +97,7 @@ cv::Mat CutImageBasePoint(const cv::Mat& image, const cv::Point2f& center, const
     const Span columns = SpanAround(center.x, width, image.cols);
     const Span rows = SpanAround(center.y, height, image.rows);
     const cv::Rect rectangle(columns.begin, rows.begin, columns.length, rows.length);
-    const cv::Mat crop = image(rectangle).clone();
+    cv::Mat crop = image(rectangle).clone();
     if (!keepImageSize) return crop;
 
     cv::Mat whole = cv::Mat::zeros(image.size(), image.type());
@@ -127,8 +128,9 @@ cv::RotatedRect GetMinAreaRectAtAngle(const std::vector<cv::Point2f>& points, fl
     for (const cv::Point2f& point : points) turned.push_back(Transformed(turn, point.x, point.y));
 
     const cv::Rect box = cv::boundingRect(turned);
-    const double centerX = static_cast<double>(box.x) + box.width / 2;
-    const double centerY = static_cast<double>(box.y) + box.height / 2;
+    const cv::Size half = box.size() / 2;  // whole pixels
+    const double centerX = static_cast<double>(box.x) + half.width;
+    const double centerY = static_cast<double>(box.y) + half.height;
     const cv::Mat turnBack = rotationMatrixAsMat({0.0f, 0.0f}, -static_cast<double>(angle), 1.0);
     return {Transformed(turnBack, centerX, centerY), cv::Size2f(box.size()), angle};
 }
