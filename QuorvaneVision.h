@@ -7,3 +7,4 @@
 #include "framework/AlgorithmParameters.h"
 #include "framework/AlgorithmResult.h"
 #include "framework/Param.h"
+#include "geometry/UtilityFunctions.h"

@@ -22,6 +22,8 @@ int main(int argumentCount, char** arguments) {
     const std::vector<std::pair<std::string, std::function<void(Demo::Report&)>>> sections{
         {"laser dots", Demo::LaserDotsSection},
         {"mark points", Demo::MarkPointsSection},
+        {"image operators", Demo::ImageOperatorsSection},
+        {"change detection", Demo::ChangeDetectionSection},
     };
     try {
         Demo::Report report(arguments[1]);

@@ -1,0 +1,393 @@
+#include "geometry/ContourGeometry.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <opencv2/core.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include "geometry/PointDistance.h"
+#include "tests/support/Matchers.h"
+#include "tests/support/RandomInput.h"
+
+namespace Quorvane::UtilityFunctions {
+
+using TestSupport::EqualsMat;
+using TestSupport::NearPoint;
+using TestSupport::RandomInput;
+
+namespace {
+
+using Points = std::vector<cv::Point2f>;
+
+constexpr float largestFloat = std::numeric_limits<float>::max();
+constexpr float leastNormalFloat = std::numeric_limits<float>::min();
+
+/// Clockwise in the image, from the top left.
+Points UnitSquare() { return {{0, 0}, {1, 0}, {1, 1}, {0, 1}}; }
+
+Points RandomPoints(RandomInput& random, int count, double least, double most) {
+    Points points;
+    for (int i = 0; i < count; ++i) {
+        points.emplace_back(static_cast<float>(random.Real(least, most)), static_cast<float>(random.Real(least, most)));
+    }
+    return points;
+}
+
+Points Turned(const Points& points, double degrees) {
+    const double c = std::cos(degrees * CV_PI / 180.0);
+    const double s = std::sin(degrees * CV_PI / 180.0);
+    Points turned;
+    for (const cv::Point2f& p : points) {
+        turned.emplace_back(static_cast<float>(c * p.x - s * p.y), static_cast<float>(s * p.x + c * p.y));
+    }
+    return turned;
+}
+
+TEST(AlignPoints, TranslationGivesTheOffsetBackToTheSource) {
+    const Points source{{10, 20}, {30, 20}, {30, 50}, {5, 40}};
+    Points target = source;
+    for (cv::Point2f& point : target) point += cv::Point2f(5, -2);
+    cv::Point2f offset;
+    cv::Point2f center;
+    double angle = 99.0;
+    AlignPoints(source, target, offset, center, angle);
+    EXPECT_EQ(offset, cv::Point2f(-5, 2));
+    EXPECT_EQ(center, cv::Point2f(18.75f, 32.5f));
+    EXPECT_NEAR(angle, 0.0, 1e-4);
+}
+
+TEST(AlignPoints, AngleOfThreePointsAndMoreRunsAgainstTheTurn) {
+    const Points source{{10, 20}, {30, 20}, {30, 50}, {5, 40}};
+    cv::Point2f offset;
+    cv::Point2f center;
+    double angle = 0.0;
+    AlignPoints(source, Turned(source, 25.0), offset, center, angle);
+    EXPECT_NEAR(angle, -25.0, 1e-3);
+}
+
+TEST(AlignPoints, ListsOfDifferentLengthHaveCentresButNoAngle) {
+    cv::Point2f offset;
+    cv::Point2f center;
+    double angle = 99.0;
+    AlignPoints({{0, 0}, {2, 0}, {4, 3}}, {{1, 1}, {3, 1}}, offset, center, angle);
+    EXPECT_EQ(angle, 0.0);
+    EXPECT_EQ(center, cv::Point2f(2, 1));
+    EXPECT_EQ(offset, cv::Point2f(0, 0));
+}
+
+TEST(AlignPoints, EmptyListsHaveNoCentre) {
+    cv::Point2f offset;
+    cv::Point2f center;
+    double angle = 99.0;
+    AlignPoints({}, {}, offset, center, angle);
+    EXPECT_TRUE(std::isnan(center.x) && std::isnan(center.y));
+    EXPECT_TRUE(std::isnan(offset.x) && std::isnan(offset.y));
+    EXPECT_EQ(angle, 0.0);
+}
+
+TEST(PointDistance, IsEuclidean) {
+    EXPECT_EQ(pointDistance({1, 2}, {4, 6}), 5.0f);
+    EXPECT_EQ(pointDistance({4, 6}, {1, 2}), 5.0f);
+    EXPECT_EQ(pointDistance({7, 7}, {7, 7}), 0.0f);
+}
+
+TEST(PointDistance, SquaresInDoubleSoThatLargeFloatsDoNotOverflow) {
+    EXPECT_FLOAT_EQ(pointDistance({0, 0}, {3e30f, 4e30f}), 5e30f);
+}
+
+TEST(CalPerimeterOfContour, CountsTheClosingEdge) {
+    EXPECT_EQ(CalPerimeterOfContour(UnitSquare()), 4.0);
+    EXPECT_EQ(CalPerimeterOfContour({{0, 0}, {3, 4}}), 10.0);
+}
+
+TEST(CalPerimeterOfContour, OfNothingAndOfOnePointIsZero) {
+    EXPECT_EQ(CalPerimeterOfContour({}), 0.0);
+    EXPECT_EQ(CalPerimeterOfContour({{3, 4}}), 0.0);
+}
+
+TEST(CalPerimeterOfContour, SumsNarrowedDistancesInDouble) {
+    RandomInput random(41);
+    const Points contour = RandomPoints(random, 300, -500.0, 500.0);
+    double sum = 0.0;
+    for (std::size_t i = 0; i < contour.size(); ++i) {
+        const cv::Point2f edge = contour[(i + 1) % contour.size()] - contour[i];
+        sum += static_cast<float>(std::hypot(static_cast<double>(edge.x), static_cast<double>(edge.y)));
+    }
+    EXPECT_NEAR(CalPerimeterOfContour(contour), sum, 1e-2);
+}
+
+TEST(CalculateAverageAngle, SquareClockwiseFromTopLeftIsFortyFive) {
+    EXPECT_FLOAT_EQ(CalculateAverageAngle(UnitSquare()), 45.0f);
+}
+
+TEST(CalculateAverageAngle, IsAPlainMeanAcrossTheWrap) {
+    // There and back again: 0 and 180 degrees.
+    EXPECT_FLOAT_EQ(CalculateAverageAngle({{0, 0}, {1, 0}}), 90.0f);
+    // Almost 180 and almost -0: a circular mean would tell something else.
+    EXPECT_NEAR(CalculateAverageAngle({{0, 0}, {-100, 1}}), (179.427f - 0.573f) / 2.0f, 1e-2);
+}
+
+TEST(CalculateAverageAngle, OfOnePointIsZeroAndOfNothingIsNotANumber) {
+    EXPECT_EQ(CalculateAverageAngle({{3, 4}}), 0.0f);
+    EXPECT_TRUE(std::isnan(CalculateAverageAngle({})));
+}
+
+TEST(CalculateExpansionHomography, ScalesTheFirstTwoRows) {
+    const cv::Mat homography = (cv::Mat_<double>(3, 3) << 1, 2, 3, 4, 5, 6, 7, 8, 9);
+    const cv::Mat before = homography.clone();
+    const cv::Mat expected = (cv::Mat_<double>(3, 3) << 2.5, 5, 7.5, 10, 12.5, 15, 7, 8, 9);
+    EXPECT_THAT(CalculateExpansionHomography(homography, 2.5), EqualsMat(expected));
+    EXPECT_THAT(homography, EqualsMat(before));
+}
+
+TEST(CalculateExpansionHomography, KeepsTheBitsOfTheThirdRow) {
+    const cv::Mat homography = (cv::Mat_<double>(3, 3) << 1, 0, 0, 0, 1, 0, -0.0, 1e-310, 1);
+    EXPECT_THAT(CalculateExpansionHomography(homography, 3.0).row(2), EqualsMat(homography.row(2)));
+}
+
+TEST(CalculateExpansionHomography, OfAnyOtherSizeIsEmpty) {
+    EXPECT_TRUE(CalculateExpansionHomography(cv::Mat(), 2.0).empty());
+    EXPECT_TRUE(CalculateExpansionHomography(cv::Mat::eye(2, 3, CV_64F), 2.0).empty());
+    EXPECT_TRUE(CalculateExpansionHomography(cv::Mat::eye(4, 4, CV_64F), 2.0).empty());
+    EXPECT_TRUE(CalculateExpansionHomography(cv::Mat::eye(3, 4, CV_64F), 2.0).empty());
+}
+
+TEST(CalculateExpansionHomography, ReadsFloatsAsDoubles) {
+    const cv::Mat homography = (cv::Mat_<float>(3, 3) << 1, 2, 3, 4, 5, 6, 7, 8, 9);
+    const cv::Mat expected = (cv::Mat_<double>(3, 3) << 2, 4, 6, 8, 10, 12, 7, 8, 9);
+    EXPECT_THAT(CalculateExpansionHomography(homography, 2.0), EqualsMat(expected));
+}
+
+class CutImageBasePointTest : public testing::Test {
+protected:
+    const cv::Mat image_ = RandomInput(42).Image({60, 40}, 3);
+};
+
+TEST_F(CutImageBasePointTest, CutsAroundTheTruncatedCentre) {
+    EXPECT_THAT(CutImageBasePoint(image_, {30.9f, 20.9f}, 11, 7, false), EqualsMat(image_(cv::Rect(25, 17, 11, 7))));
+}
+
+TEST_F(CutImageBasePointTest, ShiftsRatherThanShrinksAtTheTopLeft) {
+    EXPECT_THAT(CutImageBasePoint(image_, {0, 0}, 10, 10, false), EqualsMat(image_(cv::Rect(0, 0, 10, 10))));
+    EXPECT_THAT(CutImageBasePoint(image_, {-500, 3}, 10, 10, false), EqualsMat(image_(cv::Rect(0, 0, 10, 10))));
+}
+
+TEST_F(CutImageBasePointTest, ShrinksAtTheBottomRight) {
+    EXPECT_THAT(CutImageBasePoint(image_, {58, 39}, 10, 8, false), EqualsMat(image_(cv::Rect(53, 35, 7, 5))));
+}
+
+TEST_F(CutImageBasePointTest, LargerThanTheImageIsTheImage) {
+    EXPECT_THAT(CutImageBasePoint(image_, {30, 20}, 1000, 1000, false), EqualsMat(image_));
+    EXPECT_THAT(CutImageBasePoint(image_, {30, 20}, 2147483647, 2147483647, false), EqualsMat(image_));
+}
+
+TEST_F(CutImageBasePointTest, CanKeepTheSizeOfTheImage) {
+    const cv::Rect rectangle(25, 17, 11, 7);
+    cv::Mat expected = cv::Mat::zeros(image_.size(), image_.type());
+    image_(rectangle).copyTo(expected(rectangle));
+    EXPECT_THAT(CutImageBasePoint(image_, {30, 20}, 11, 7, true), EqualsMat(expected));
+}
+
+TEST_F(CutImageBasePointTest, GivesACopy) {
+    cv::Mat crop = CutImageBasePoint(image_, {30, 20}, 1000, 1000, false);
+    EXPECT_NE(crop.data, image_.data);
+}
+
+TEST_F(CutImageBasePointTest, OfNothingIsNothing) {
+    EXPECT_TRUE(CutImageBasePoint(cv::Mat(), {0, 0}, 10, 10, false).empty());
+    EXPECT_TRUE(CutImageBasePoint(cv::Mat(), {0, 0}, 10, 10, true).empty());
+}
+
+TEST_F(CutImageBasePointTest, OfNoSizeIsNothingOrBlack) {
+    EXPECT_TRUE(CutImageBasePoint(image_, {30, 20}, 0, 0, false).empty());
+    EXPECT_THAT(CutImageBasePoint(image_, {30, 20}, 0, 0, true),
+                EqualsMat(cv::Mat(cv::Mat::zeros(image_.size(), image_.type()))));
+}
+
+TEST_F(CutImageBasePointTest, RefusesARectangleOutsideTheImage) {
+    const float notANumber = std::numeric_limits<float>::quiet_NaN();
+    for (const cv::Point2f& center : {cv::Point2f(80, 20), cv::Point2f(30, 60), cv::Point2f(3e9f, 20),
+                                      cv::Point2f(30, 1e38f), cv::Point2f(notANumber, 20)}) {
+        EXPECT_THROW(CutImageBasePoint(image_, center, 10, 10, false), cv::Exception) << center;
+        EXPECT_THROW(CutImageBasePoint(image_, center, 10, 10, true), cv::Exception) << center;
+    }
+    EXPECT_THROW(CutImageBasePoint(image_, {30, 20}, -10, 10, false), cv::Exception);
+    EXPECT_THROW(CutImageBasePoint(image_, {30, 20}, 10, -2147483647 - 1, false), cv::Exception);
+}
+
+TEST(FindFarthestPairPointInContour, FindsTheDiagonal) {
+    cv::Point2f first;
+    cv::Point2f second;
+    float distance = -1.0f;
+    FindFarthestPairPointInContour({{5, 5}, {0, 0}, {6, 2}, {3, 4}, {30, 40}}, first, second, distance);
+    EXPECT_EQ(first, cv::Point2f(0, 0));
+    EXPECT_EQ(second, cv::Point2f(30, 40));
+    EXPECT_EQ(distance, 50.0f);
+}
+
+TEST(FindFarthestPairPointInContour, OfEqualPairsTheFirstStands) {
+    cv::Point2f first;
+    cv::Point2f second;
+    float distance = -1.0f;
+    FindFarthestPairPointInContour(UnitSquare(), first, second, distance);
+    EXPECT_EQ(first, cv::Point2f(0, 0));
+    EXPECT_EQ(second, cv::Point2f(1, 1));
+    EXPECT_EQ(distance, std::sqrt(2.0f));
+}
+
+TEST(FindFarthestPairPointInContour, LeavesThePointsAloneWhereThereIsNoPair) {
+    for (const Points& contour : {Points{}, Points{{3, 4}}, Points{{3, 4}, {3, 4}, {3, 4}}}) {
+        cv::Point2f first(71, 72);
+        cv::Point2f second(73, 74);
+        float distance = -1.0f;
+        FindFarthestPairPointInContour(contour, first, second, distance);
+        EXPECT_EQ(first, cv::Point2f(71, 72));
+        EXPECT_EQ(second, cv::Point2f(73, 74));
+        EXPECT_EQ(distance, 0.0f);
+    }
+}
+
+TEST(GetMinAreaRectAtAngle, WithoutATurnIsTheBoundingBox) {
+    const cv::RotatedRect rect = GetMinAreaRectAtAngle({{10, 20}, {50, 20}, {30, 41}}, 0.0f);
+    EXPECT_EQ(rect.size, cv::Size2f(41, 22));  // both borders count
+    EXPECT_EQ(rect.center, cv::Point2f(30, 31));
+    EXPECT_EQ(rect.angle, 0.0f);
+}
+
+TEST(GetMinAreaRectAtAngle, HalvesInWholePixels) {
+    // 11 columns and 8 rows from (3, 4): half of 11 is 5.
+    EXPECT_EQ(GetMinAreaRectAtAngle({{3, 4}, {13, 11}}, 0.0f).center, cv::Point2f(8, 8));
+}
+
+TEST(GetMinAreaRectAtAngle, KeepsTheCallersAngleAndHoldsThePoints) {
+    RandomInput random(43);
+    for (int i = 0; i < 200; ++i) {
+        const Points points = RandomPoints(random, 12, -200.0, 400.0);
+        const auto angle = static_cast<float>(random.Real(-360.0, 360.0));
+        const cv::RotatedRect rect = GetMinAreaRectAtAngle(points, angle);
+        EXPECT_EQ(rect.angle, angle);
+        const cv::Point2f u(std::cos(angle * static_cast<float>(CV_PI) / 180.0f),
+                            std::sin(angle * static_cast<float>(CV_PI) / 180.0f));
+        for (const cv::Point2f& point : points) {
+            const cv::Point2f d = point - rect.center;
+            EXPECT_LE(std::abs(d.dot(u)), rect.size.width / 2 + 1.0f);
+            EXPECT_LE(std::abs(d.cross(u)), rect.size.height / 2 + 1.0f);
+        }
+    }
+}
+
+TEST(GetMinAreaRectAtAngle, OfALineAlongTheAngleIsFlat) {
+    const cv::RotatedRect rect = GetMinAreaRectAtAngle({{0, 0}, {30, 40}}, 53.130102f);
+    EXPECT_NEAR(rect.size.width, 51.0f, 1.0f);
+    EXPECT_LE(rect.size.height, 2.0f);
+    EXPECT_THAT(rect.center, NearPoint(cv::Point2f(15, 20), 1.5));
+}
+
+TEST(GetMinAreaRectAtAngle, OfNothingHasNoSize) {
+    const cv::RotatedRect rect = GetMinAreaRectAtAngle({}, 30.0f);
+    EXPECT_EQ(rect.size, cv::Size2f(0, 0));
+    EXPECT_EQ(rect.center, cv::Point2f(0, 0));
+    EXPECT_EQ(rect.angle, 30.0f);
+}
+
+TEST(GetMinimumBoundingRectangle, IsSpannedByTheCornerAndTheSize) {
+    EXPECT_EQ(GetMinimumBoundingRectangle({{100, 200}, {150, 260}, {120, 230}}), cv::Rect2f(50, 60, 50, 140));
+}
+
+TEST(GetMinimumBoundingRectangle, IsTheBoxOnlyAtTheOrigin) {
+    EXPECT_EQ(GetMinimumBoundingRectangle({{0, 0}, {30, 40}}), cv::Rect2f(0, 0, 30, 40));
+}
+
+TEST(GetMinimumBoundingRectangle, NegativeCoordinatesDoNotLowerTheMaxima) {
+    const cv::Rect2f rect = GetMinimumBoundingRectangle({{-30, -40}, {-10, -20}});
+    // The maxima stay at the least normal float, so W = 30 and H = 40.
+    EXPECT_EQ(rect, cv::Rect2f(-30, -40, 60, 80));
+}
+
+TEST(GetMinimumBoundingRectangle, OfNothingIsWhatItsStartValuesSpan) {
+    const cv::Rect2f rect = GetMinimumBoundingRectangle({});
+    EXPECT_EQ(rect.x, leastNormalFloat - largestFloat);
+    EXPECT_EQ(rect.y, leastNormalFloat - largestFloat);
+    EXPECT_TRUE(std::isinf(rect.width) && std::isinf(rect.height));
+}
+
+TEST(GetRotateRectConner, FollowsTheOrderOfTheRectangle) {
+    const cv::RotatedRect rect({50, 60}, {20, 10}, 30.0f);
+    cv::Point2f corners[4];
+    rect.points(corners);
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(GetRotateRectConner(rect, i), corners[i]);
+}
+
+TEST(GetRotateRectConner, BeginsAtTheLowerLeft) {
+    const cv::RotatedRect rect({50, 60}, {20, 10}, 0.0f);
+    EXPECT_EQ(GetRotateRectConner(rect, 0), cv::Point2f(40, 65));
+    EXPECT_EQ(GetRotateRectConner(rect, 1), cv::Point2f(40, 55));
+    EXPECT_EQ(GetRotateRectConner(rect, 2), cv::Point2f(60, 55));
+    EXPECT_EQ(GetRotateRectConner(rect, 3), cv::Point2f(60, 65));
+}
+
+TEST(GetRotateRectConner, LooksAtTheTwoLowestBitsOfTheIndex) {
+    const cv::RotatedRect rect({50, 60}, {20, 10}, 0.0f);
+    EXPECT_EQ(GetRotateRectConner(rect, 4), GetRotateRectConner(rect, 0));
+    EXPECT_EQ(GetRotateRectConner(rect, -1), GetRotateRectConner(rect, 3));
+}
+
+TEST(SortContour, SortsByColumnThenRow) {
+    const Points expected{{0, 5}, {1, 1}, {1, 2}};
+    EXPECT_EQ(SortContour({{1, 2}, {1, 1}, {0, 5}}), expected);
+}
+
+TEST(SortContour, LeavesItsInputAlone) {
+    const Points contour{{1, 2}, {1, 1}, {0, 5}};
+    const Points before = contour;
+    SortContour(contour);
+    EXPECT_EQ(contour, before);
+    EXPECT_TRUE(SortContour({}).empty());
+}
+
+TEST(SortContour, ToleranceHelpsOnlyThePointOfTheLargerColumn) {
+    // Nearly the same column. The second point's row is the lesser one, so it counts as less although its column is the
+    // larger one; the other way round, the first point is less by its column alone.
+    const cv::Point2f a(1.0f, 5.0f);
+    const cv::Point2f b(1.00005f, 2.0f);
+    EXPECT_EQ(SortContour({a, b}), (Points{b, a}));
+    EXPECT_EQ(SortContour({b, a}), (Points{a, b}));
+}
+
+TEST(SortContour, KeepsAllPointsWhereTheOrderContradictsItself) {
+    RandomInput random(44);
+    const auto plainLess = [](const cv::Point2f& a, const cv::Point2f& b) {
+        return a.x < b.x || (a.x == b.x && a.y < b.y);
+    };
+    for (int i = 0; i < 300; ++i) {
+        Points contour;
+        for (int n = random.Integer(0, 400); n > 0; --n) {
+            contour.emplace_back(static_cast<float>(random.Integer(0, 20)) * 0.00004f,
+                                 static_cast<float>(random.Integer(0, 5)));
+        }
+        Points sorted = SortContour(contour);
+        std::sort(sorted.begin(), sorted.end(), plainLess);
+        std::sort(contour.begin(), contour.end(), plainLess);
+        ASSERT_EQ(sorted, contour) << "list " << i;
+    }
+}
+
+TEST(SortContour, SortsRandomPoints) {
+    RandomInput random(45);
+    for (int i = 0; i < 100; ++i) {
+        Points contour;
+        for (int n = random.Integer(0, 200); n > 0; --n) {
+            contour.emplace_back(static_cast<float>(random.Integer(0, 30)), static_cast<float>(random.Integer(0, 30)));
+        }
+        const Points sorted = SortContour(contour);
+        std::sort(contour.begin(), contour.end(),
+                  [](const cv::Point2f& a, const cv::Point2f& b) { return a.x != b.x ? a.x < b.x : a.y < b.y; });
+        ASSERT_EQ(sorted, contour) << "list " << i;
+    }
+}
+
+}  // namespace
+}  // namespace Quorvane::UtilityFunctions
