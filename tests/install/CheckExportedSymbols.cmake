@@ -8,6 +8,8 @@ string(REGEX REPLACE "\\[abi:cxx11\\]" "@abi:cxx11@" listing "${listing}")
 string(REPLACE "std::__cxx11::basic_string<char, std::char_traits<char>, std::allocator<char> >" "std::string"
     listing "${listing}")
 string(REGEX REPLACE "std::vector<([^<>]*), std::allocator<[^<>]*> >" "std::vector<\\1>" listing "${listing}")
+string(REGEX REPLACE ", std::allocator<cv::[A-Za-z_]+<[a-z]+> > >" ">" listing "${listing}")
+string(REGEX REPLACE ", std::allocator<cv::[A-Za-z_]+> >" ">" listing "${listing}")
 string(REGEX REPLACE "\n$" "" listing "${listing}")
 string(REPLACE "\n" ";" lines "${listing}")
 set(actual "")
