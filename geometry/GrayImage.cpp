@@ -7,9 +7,7 @@ namespace Quorvane::UtilityFunctions {
 
 namespace {
 
-bool IsColour(const cv::Mat& image) {
-    return !image.empty() && (image.channels() == 3 || image.channels() == 4);
-}
+bool IsColour(const cv::Mat& image) { return !image.empty() && (image.channels() == 3 || image.channels() == 4); }
 
 void ConvertColour(const cv::Mat& image, cv::Mat& gray) {
     cv::cvtColor(image, gray, image.channels() == 3 ? cv::COLOR_BGR2GRAY : cv::COLOR_BGRA2GRAY);
