@@ -107,12 +107,14 @@ BENCHMARK(HolesLibrary<Plate>)->Name("fillHoles/plate/library")->Unit(benchmark:
 BENCHMARK(DominantColourPlain)
     ->Name("findDominantLABColorPoint/plain")
     ->Arg(40)
+    ->Arg(100)
     ->Arg(400)
     ->Arg(1000)
     ->Unit(benchmark::kMillisecond);
 BENCHMARK(DominantColourLibrary)
     ->Name("findDominantLABColorPoint/library")
     ->Arg(40)
+    ->Arg(100)
     ->Arg(400)
     ->Arg(1000)
     ->Unit(benchmark::kMillisecond);

@@ -10,6 +10,7 @@
 
 #include "geometry/PointDistance.h"
 #include "tests/support/Matchers.h"
+#include "tests/support/PointLists.h"
 #include "tests/support/RandomInput.h"
 
 namespace Quorvane::UtilityFunctions {
@@ -17,6 +18,7 @@ namespace Quorvane::UtilityFunctions {
 using TestSupport::EqualsMat;
 using TestSupport::NearPoint;
 using TestSupport::RandomInput;
+using TestSupport::Turned;
 
 namespace {
 
@@ -34,16 +36,6 @@ Points RandomPoints(RandomInput& random, int count, double least, double most) {
         points.emplace_back(static_cast<float>(random.Real(least, most)), static_cast<float>(random.Real(least, most)));
     }
     return points;
-}
-
-Points Turned(const Points& points, double degrees) {
-    const double c = std::cos(degrees * CV_PI / 180.0);
-    const double s = std::sin(degrees * CV_PI / 180.0);
-    Points turned;
-    for (const cv::Point2f& p : points) {
-        turned.emplace_back(static_cast<float>(c * p.x - s * p.y), static_cast<float>(s * p.x + c * p.y));
-    }
-    return turned;
 }
 
 TEST(AlignPoints, TranslationGivesTheOffsetBackToTheSource) {

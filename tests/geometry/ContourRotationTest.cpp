@@ -5,11 +5,13 @@
 #include <cmath>
 #include <opencv2/core.hpp>
 
+#include "tests/support/PointLists.h"
 #include "tests/support/RandomInput.h"
 
 namespace Quorvane::UtilityFunctions {
 
 using TestSupport::RandomInput;
+using TestSupport::Turned;
 
 namespace {
 
@@ -17,16 +19,6 @@ using Points = std::vector<cv::Point2f>;
 
 double RotationAboutCentroids(const Points& source, const Points& target) {
     return CalculateContourRotation(source, target, pointCentroid(source), pointCentroid(target));
-}
-
-Points Turned(const Points& points, double degrees) {
-    const double c = std::cos(degrees * CV_PI / 180.0);
-    const double s = std::sin(degrees * CV_PI / 180.0);
-    Points turned;
-    for (const cv::Point2f& p : points) {
-        turned.emplace_back(static_cast<float>(c * p.x - s * p.y), static_cast<float>(s * p.x + c * p.y));
-    }
-    return turned;
 }
 
 TEST(PointCentroid, IsTheMean) { EXPECT_EQ(pointCentroid({{1, 2}, {3, 6}, {5, 1}}), cv::Point2f(3, 3)); }
