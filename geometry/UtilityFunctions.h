@@ -1,0 +1,7 @@
+#pragma once
+
+/// The geometry and measurement functions of the namespace `Quorvane::UtilityFunctions`, with their result records.
+
+#include "geometry/Curve.h"
+#include "geometry/Line.h"
+#include "geometry/Measurement.h"
