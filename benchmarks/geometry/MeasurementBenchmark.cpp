@@ -23,7 +23,11 @@ constexpr double threshold = 30.0;
 /// Width, height, channels.
 using benchmark::internal::Benchmark;
 void Sizes(Benchmark* rows) {
-    rows->Args({640, 480, 1})->Args({1280, 960, 1})->Args({3840, 2160, 1})->Args({4000, 3000, 1})->Args({3840, 2160, 3});
+    rows->Args({640, 480, 1})
+        ->Args({1280, 960, 1})
+        ->Args({3840, 2160, 1})
+        ->Args({4000, 3000, 1})
+        ->Args({3840, 2160, 3});
     rows->Unit(benchmark::kMicrosecond);
 }
 

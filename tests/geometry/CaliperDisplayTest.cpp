@@ -122,7 +122,6 @@ TEST_F(CaliperDisplay, ShowsBothWindowsUntilAKeyIsPressed) {
     const Witness witness = Show(caliper, image);
     EXPECT_THAT(witness.titles, UnorderedElementsAre("Measurement Results", "Profile Analysis"));
     EXPECT_GT(CountColour(witness.results, red), 20) << "the dot on the edge";
-    }
     EXPECT_GT(CountColour(witness.profiles, white), 100000) << "the paper of the plots";
     EXPECT_EQ(output_,
               "\n=== Debug Visualization ===\n"
