@@ -22,6 +22,7 @@ int main(int argumentCount, char** arguments) {
     const std::vector<std::pair<std::string, std::function<void(Demo::Report&)>>> sections{
         {"laser dots", Demo::LaserDotsSection},
         {"mark points", Demo::MarkPointsSection},
+        {"measured edges", Demo::MeasurementsSection},
     };
     try {
         Demo::Report report(arguments[1]);

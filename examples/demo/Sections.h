@@ -8,5 +8,6 @@ namespace Demo {
 /// its own name; Main.cpp lists them in the order of the page.
 void LaserDotsSection(Report& report);
 void MarkPointsSection(Report& report);
+void MeasurementsSection(Report& report);
 
 }  // namespace Demo
