@@ -106,7 +106,8 @@ std::vector<cv::Point2f> removeCurvatureOutliers(const std::vector<cv::Point2f>&
 std::vector<cv::Point2f> smoothPoints(const std::vector<cv::Point2f>& points) {
     constexpr int radius = 3;
     std::array<double, 2 * radius + 1> weights{};
-    for (int k = -radius; k <= radius; ++k) weights[static_cast<std::size_t>(k + radius)] = std::exp(-(k * k) / 2.0);
+    double* const middle = weights.data() + radius;
+    for (int k = -radius; k <= radius; ++k) middle[k] = std::exp(-(k * k) / 2.0);
 
     const auto count = static_cast<int>(points.size());
     std::vector<cv::Point2f> smoothed;
@@ -115,9 +116,9 @@ std::vector<cv::Point2f> smoothPoints(const std::vector<cv::Point2f>& points) {
         cv::Point2d sum;
         double sumOfWeights = 0.0;
         for (int k = std::max(-radius, -i); k <= radius && i + k < count; ++k) {
-            const double weight = weights[static_cast<std::size_t>(k + radius)];
-            sum += cv::Point2d(points[static_cast<std::size_t>(i + k)]) * weight;
-            sumOfWeights += weight;
+            const int neighbour = i + k;
+            sum += cv::Point2d(points[static_cast<std::size_t>(neighbour)]) * middle[k];
+            sumOfWeights += middle[k];
         }
         smoothed.emplace_back(static_cast<float>(sum.x / sumOfWeights), static_cast<float>(sum.y / sumOfWeights));
     }

@@ -49,7 +49,8 @@ std::vector<double> Derivative(const std::vector<double>& profile, const std::ve
         const int begin = i - size / 2;
         double sum = 0.0;
         for (int k = std::max(0, -begin); k < size && begin + k < length; ++k) {
-            sum += kernel[static_cast<std::size_t>(k)] * profile[static_cast<std::size_t>(begin + k)];
+            const int at = begin + k;
+            sum += kernel[static_cast<std::size_t>(k)] * profile[static_cast<std::size_t>(at)];
         }
         derivative[static_cast<std::size_t>(i)] = sum;
     }
@@ -139,7 +140,7 @@ std::vector<double> EdgeCaliper::ReadProfile(const cv::Mat& gray) const {
 
 bool EdgeCaliper::measure(const cv::Mat& image, double sigma, double threshold, const std::string& transition,
                           const std::string& select, std::vector<double>& rows, std::vector<double>& columns,
-                          std::vector<double>& amplitudes, std::vector<double>& distances) {
+                          std::vector<double>& amplitudes, std::vector<double>& distances) const {
     const cv::Mat gray = GrayImageUnderGrid(image);
     const double usedSigma = LimitedSigma(sigma, halfLength);
     const EdgePolarity polarity = PolarityOf(transition);

@@ -57,7 +57,7 @@ public:
     /// other than 8-bit, 16-bit, float and double reads as zero everywhere and has no edge.
     bool measure(const cv::Mat& image, double sigma, double threshold, const std::string& transition,
                  const std::string& select, std::vector<double>& rows, std::vector<double>& columns,
-                 std::vector<double>& amplitudes, std::vector<double>& distances);
+                 std::vector<double>& amplitudes, std::vector<double>& distances) const;
 
 private:
     cv::Mat GrayImageUnderGrid(const cv::Mat& image) const;

@@ -25,9 +25,10 @@ std::vector<double> DerivativeKernel(double sigma) {
     int size = TruncateToInt(std::ceil(6.0 * sigma));
     if (size % 2 == 0) ++size;
     std::vector<double> kernel(static_cast<std::size_t>(std::max(size, 0)));
+    const int middle = size / 2;
     double sum = 0.0;
     for (int k = 0; k < size; ++k) {
-        const double x = k - size / 2;
+        const double x = k - middle;
         const double element = std::exp(-(x * x) / (2.0 * sigma * sigma)) * (x / (sigma * sigma));
         kernel[static_cast<std::size_t>(k)] = element;
         sum += std::abs(element);

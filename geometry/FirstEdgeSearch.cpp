@@ -166,6 +166,7 @@ bool FirstEdgeSearch::FindPosition(const Reader& reader, const Strip& strip, dou
 
 bool FirstEdgeSearch::Find(const CaliperPlace& place, cv::Point2f& edge) {
     if (SampleCount(place.halfLength) < leastSamplesOfAnEdge) return false;
+    if (std::isnan(place.row) || std::isnan(place.column)) return false;
     UseSigma(LimitedSigma(sigma_, place.halfLength));
     const Strip strip = StripOf(place);
     double position = 0.0;

@@ -18,7 +18,8 @@ namespace {
 /// Half the width of every caliper of a circle, in pixels: eleven samples across.
 constexpr double halfWidthOfSpoke = 5.0;
 
-/// Points on the circle, from angle 0 towards +y in steps of `angleStep` degrees, below 360.
+/// Points on the circle, from angle 0 towards +y in steps of `angleStep` degrees, below 360. A step so small that no
+/// memory holds its points gives `std::length_error` or `std::bad_alloc` at once.
 std::vector<cv::Point2f> sampleCirclePoints(const cv::Point2f& center, float radius, float angleStep) {
     constexpr double fullTurn = 360.0;
     std::vector<cv::Point2f> points;
@@ -28,10 +29,12 @@ std::vector<cv::Point2f> sampleCirclePoints(const cv::Point2f& center, float rad
     }
     const double count = std::min(fullTurn / angleStep, static_cast<double>(points.max_size()));
     if (count > 0.0) points.reserve(static_cast<std::size_t>(count) + 1);
-    for (double angle = 0.0; angle < fullTurn; angle += angleStep) {
+    double angle = 0.0;
+    while (angle < fullTurn) {
         const double theta = angle * CV_PI / 180.0;
         points.emplace_back(static_cast<float>(std::cos(theta) * radius + center.x),
                             static_cast<float>(std::sin(theta) * radius + center.y));
+        angle += angleStep;
     }
     return points;
 }

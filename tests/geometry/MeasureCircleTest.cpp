@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <opencv2/core.hpp>
+#include <stdexcept>
 
 #include "geometry/UtilityFunctions.h"
 #include "tests/support/Matchers.h"
@@ -115,6 +116,23 @@ TEST(MeasureCircle, SaysNothingOtherwise) {
     Measured(DarkDisc(), std::numeric_limits<double>::quiet_NaN(), EdgePolarity::Positive, SearchDirection::Outward);
     Measured(DarkDisc(), 1e300, EdgePolarity::Positive, SearchDirection::Outward);
     EXPECT_EQ(GetCapturedStderr(), "");
+}
+
+TEST(MeasureCircle, RefusesAStepThatNoMemoryHolds) {
+    EXPECT_THROW(Measured(DarkDisc(), 60.0, EdgePolarity::Positive, SearchDirection::Outward, 1e-42),
+                 std::length_error);
+}
+
+TEST(MeasureCircle, TakesOneVariableForArgumentAndResult) {
+    const Circle expected = Measured(DarkDisc(), 60.0, EdgePolarity::Positive, SearchDirection::Outward);
+    cv::Point2f center(100, 80);
+    double radius = 60.0;
+    double score = 0.0;
+    MeasureCircle(DarkDisc(), center, radius, center, radius, score, EdgePolarity::Positive, SearchDirection::Outward,
+                  1.0, 30.0, 1.0);
+    EXPECT_EQ(center, expected.center);
+    EXPECT_EQ(radius, expected.radius);
+    EXPECT_EQ(score, expected.score);
 }
 
 TEST(MeasureCircle, KeepsWildPointsAndScoresThemLower) {

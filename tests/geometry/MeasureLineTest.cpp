@@ -177,6 +177,9 @@ TEST(MeasureLine, TakesARectangleFarLargerThanThePicture) {
     EXPECT_FALSE(line.isVertical && line.intercept > 70.0f) << "the border of the picture is met first";
     MeasureLine(image, middle, 2e8, 40.0, line, EdgePolarity::Negative, SearchDirection::RightToLeft, 1.0, 100.0, 1.0);
     EXPECT_NEAR(line.intercept, 80.25, nearEnough);
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    MeasureLine(image, {nan, 60.0f}, 2e8, 40.0, line, EdgePolarity::All, SearchDirection::LeftToRight, 1.0, 0.0, 1.0);
+    EXPECT_THAT(line, IsDefaultLine());
     MeasureLine(image, {1e9f, 1e9f}, 2e8, 40.0, line, EdgePolarity::All, SearchDirection::LeftToRight, 1.0, 0.0, 1.0);
     EXPECT_THAT(line, IsDefaultLine());
 }
