@@ -7,4 +7,6 @@
 #include "framework/AlgorithmParameters.h"
 #include "framework/AlgorithmResult.h"
 #include "framework/Param.h"
+#include "geometry/Curve.h"
+#include "geometry/Line.h"
 #include "geometry/UtilityFunctions.h"

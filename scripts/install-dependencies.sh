@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Makes everything available that building QuorvaneVision needs: a compiler, CMake, Ninja, GoogleTest, Google
-# Benchmark and an OpenCV of at least 4.9. Safe to run again at any time; what is there already is left alone.
+# Benchmark, a virtual screen and an OpenCV of at least 4.9. Safe to run again at any time; what is there already is
+# left alone.
 #
 #   scripts/install-dependencies.sh                  installs what is missing, saying what it does
 #   scripts/install-dependencies.sh --print-prefix   prints the prefix that CMake needs to find OpenCV
@@ -182,7 +183,8 @@ case "${1:-}" in
     *) fail "unknown argument '$1' (the only one there is: --print-prefix)" ;;
 esac
 
-install_packages g++ cmake ninja-build libgtest-dev libgmock-dev libbenchmark-dev
+install_packages g++ cmake ninja-build libgtest-dev libgmock-dev libbenchmark-dev \
+    libx11-dev libxtst-dev xvfb  # a screen for the tests of the debug display
 
 if cmake_finds_opencv ""; then
     say "an OpenCV of at least $minimum_opencv is installed"

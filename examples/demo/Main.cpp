@@ -24,6 +24,7 @@ int main(int argumentCount, char** arguments) {
         {"mark points", Demo::MarkPointsSection},
         {"image operators", Demo::ImageOperatorsSection},
         {"change detection", Demo::ChangeDetectionSection},
+        {"measured edges", Demo::MeasurementsSection},
     };
     try {
         Demo::Report report(arguments[1]);

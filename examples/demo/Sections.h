@@ -10,5 +10,6 @@ void LaserDotsSection(Report& report);
 void MarkPointsSection(Report& report);
 void ImageOperatorsSection(Report& report);
 void ChangeDetectionSection(Report& report);
+void MeasurementsSection(Report& report);
 
 }  // namespace Demo
