@@ -4,6 +4,7 @@
 # left alone.
 #
 #   scripts/install-dependencies.sh                  installs what is missing, saying what it does
+#   scripts/install-dependencies.sh --tests          also what the tests of the debug windows need: a virtual screen
 #   scripts/install-dependencies.sh --print-prefix   prints the prefix that CMake needs to find OpenCV
 #                                                    (an empty line where it needs none) and installs nothing
 #
@@ -175,12 +176,14 @@ build_opencv() {
 
 # --- The two ways to call this script ---------------------------------------------------------------------------------
 
+with_virtual_screen=no
 case "${1:-}" in
+    --tests) with_virtual_screen=yes ;;
     --print-prefix)
         if [ -f "$stamp" ] && ! cmake_finds_opencv ""; then printf '%s\n' "$prefix"; else printf '\n'; fi
         exit 0 ;;
     "") ;;
-    *) fail "unknown argument '$1' (the only one there is: --print-prefix)" ;;
+    *) fail "unknown argument '$1' (there are --tests and --print-prefix)" ;;
 esac
 
 install_packages g++ cmake ninja-build libgtest-dev libgmock-dev libbenchmark-dev \

@@ -9,6 +9,7 @@
 #include <X11/keysym.h>
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -29,6 +30,7 @@ pid_t StartServer(const std::string& screen, int numberPipe) {
     const std::string pipeText = std::to_string(numberPipe);
     const pid_t server = fork();
     if (server != 0) return server;
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
     const int silence = open("/dev/null", O_RDWR);
     dup2(silence, STDOUT_FILENO);
     dup2(silence, STDERR_FILENO);
@@ -107,11 +109,9 @@ VirtualScreen::VirtualScreen(int width, int height) {
     connection_ = std::make_unique<Connection>(name);
 }
 
-VirtualScreen::~VirtualScreen() {
-    connection_.reset();
-    kill(server_, SIGTERM);
-    waitpid(server_, nullptr, 0);
-}
+// The server is left running and ends with this process: OpenCV's windows keep a connection to it for good, and a
+// process whose connection breaks is ended with a failure.
+VirtualScreen::~VirtualScreen() = default;
 
 std::vector<std::string> VirtualScreen::WindowTitles() const {
     std::vector<std::string> titles;
