@@ -68,9 +68,7 @@ TEST(Line, OfTwoPointsRunsFromTheFirstToTheSecond) {
     EXPECT_THAT(reversed.direction, TestSupport::NearPoint(cv::Point2f(-0.6f, -0.8f), 1e-7));
 }
 
-TEST(Line, OfTwoEqualPointsIsVertical) {
-    EXPECT_TRUE(Line(cv::Point2f(5, 5), cv::Point2f(5, 5)).isVertical);
-}
+TEST(Line, OfTwoEqualPointsIsVertical) { EXPECT_TRUE(Line(cv::Point2f(5, 5), cv::Point2f(5, 5)).isVertical); }
 
 TEST(Line, CountsAsVerticalStrictlyBelowTheTolerance) {
     // The float nearest to 1e-7 lies above the double 1e-7; its lower neighbour lies below.

@@ -23,9 +23,7 @@ namespace {
 const cv::Point2d discCenter(100.3, 79.8);
 constexpr double discRadius = 40.0;
 
-cv::Mat DarkDisc() {
-    return Scene({200, 160}, 210.0).Paint(Disc(discCenter, discRadius), 30.0).Blur(1.0).Gray();
-}
+cv::Mat DarkDisc() { return Scene({200, 160}, 210.0).Paint(Disc(discCenter, discRadius), 30.0).Blur(1.0).Gray(); }
 
 struct Circle {
     cv::Point2f center{-1, -2};

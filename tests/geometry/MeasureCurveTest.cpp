@@ -18,9 +18,7 @@ using UtilityFunctions::MeasureCurve;
 
 namespace {
 
-double WaveAt(double x) {
-    return 60.0 + 12.0 * std::sin(x / 15.0);
-}
+double WaveAt(double x) { return 60.0 + 12.0 * std::sin(x / 15.0); }
 
 /// Light below a wave, dark above it.
 cv::Mat WavePicture() {
