@@ -48,8 +48,8 @@ bool operator==(const MatchHit& a, const MatchHit& b) {
 }
 
 Detector::Detector(int featureCount, std::vector<int> levelSteps, float weakThreshold, float strongThreshold)
-    : modality_(std::make_shared<ColorGradient>(weakThreshold, static_cast<std::size_t>(featureCount),
-                                                strongThreshold)),
+    : modality_(
+          std::make_shared<ColorGradient>(weakThreshold, static_cast<std::size_t>(featureCount), strongThreshold)),
       pyramidLevels_(static_cast<int>(levelSteps.size())),
       levelSteps_(std::move(levelSteps)) {}
 

@@ -39,14 +39,14 @@ public:
     /// that of the levels. The thresholds and the feature count are those of `ColorGradient`.
     Detector(int featureCount, std::vector<int> levelSteps, float weakThreshold, float strongThreshold);
 
-    /// Trains a template from an image. `objectMask` (CV_8U, of the image's size, may be empty) tells where features may
-    /// lie; `overrideFeatureCount` above 0 replaces the feature count. Returns the template's id in its class, or -1 if
-    /// the image has too few features.
+    /// Trains a template from an image. `objectMask` (CV_8U, of the image's size, may be empty) tells where features
+    /// may lie; `overrideFeatureCount` above 0 replaces the feature count. Returns the template's id in its class, or
+    /// -1 if the image has too few features.
     int addShapeTemplate(cv::Mat source, const std::string& classId, cv::Mat objectMask, int overrideFeatureCount);
 
-    /// Trains a template by rotating the features of another one by `theta` degrees about `centre` (pixels of the finest
-    /// image; positive turns anti-clockwise on the screen). No image is touched. Returns the new id. A class or an id
-    /// that does not exist raises `std::out_of_range`.
+    /// Trains a template by rotating the features of another one by `theta` degrees about `centre` (pixels of the
+    /// finest image; positive turns anti-clockwise on the screen). No image is touched. Returns the new id. A class or
+    /// an id that does not exist raises `std::out_of_range`.
     int addRotatedTemplate(const std::string& classId, int sourceId, float theta, cv::Point2f centre);
 
     /// All places at which templates of the given classes are found with a similarity of about `threshold` percent or
@@ -54,8 +54,8 @@ public:
     ///
     /// The similarity must be above the threshold at the coarsest level and at least the threshold at the finer ones.
     /// `source` has one channel or three; `mask` (CV_8U, may be empty) tells where the image counts. At every level the
-    /// number of pixels must be a multiple of 16, and width and height multiples of the level's step. Prints the time of
-    /// its two stages to standard output.
+    /// number of pixels must be a multiple of 16, and width and height multiples of the level's step. Prints the time
+    /// of its two stages to standard output.
     ///
     /// Raises `cv::Exception` if the sizes are not as told or a template has 8192 features or more.
     std::vector<MatchHit> match(cv::Mat source, float threshold, const std::vector<std::string>& classIds,

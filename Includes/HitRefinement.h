@@ -23,11 +23,12 @@ constexpr int offsetInBlock(int T) { return T / 2 + T % 2 - 1; }
 /// right and bottom wins, deliberately.
 cv::Point windowCentre(const MatchHit& hit, const ShapeTemplate& level, cv::Size size, int T);
 
-/// Moves the hit to the best position of its window and sets its similarity and sub-pixel position. `sums` are the 16 by
-/// 16 sums of the window in raster order.
+/// Moves the hit to the best position of its window and sets its similarity and sub-pixel position. `sums` are the 16
+/// by 16 sums of the window in raster order.
 ///
 /// The first of equal positions is the best. The sub-pixel position is the mean of the 3 by 3 positions around the best
-/// one, weighted with their sums. A window without any response puts the hit at its position (-1, -1), with similarity 0.
+/// one, weighted with their sums. A window without any response puts the hit at its position (-1, -1), with similarity
+/// 0.
 void refineHit(MatchHit& hit, const ushort* sums, std::size_t featureCount, cv::Point centre, int T);
 
 /// Takes away the hits below the threshold and keeps the order of the others. A refined hit may be just at the

@@ -73,8 +73,8 @@ Spans spansOf(const ShapeTemplate& templ, cv::Size size, int T) {
 }
 
 template <typename Sum>
-void addAllFeatures(const std::vector<cv::Mat>& linearMemories, const ShapeTemplate& templ, cv::Mat& dst,
-                    cv::Size size, int T) {
+void addAllFeatures(const std::vector<cv::Mat>& linearMemories, const ShapeTemplate& templ, cv::Mat& dst, cv::Size size,
+                    int T) {
     const std::ptrdiff_t positions =
         std::min(spansOf(templ, size, T).positions, static_cast<std::ptrdiff_t>(dst.total()));
     for (const GradientFeature& feature : templ.features) {

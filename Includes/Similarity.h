@@ -27,8 +27,8 @@ constexpr int localWindow = 16;
 void similarity_safe(const std::vector<cv::Mat>& linearMemories, const ShapeTemplate& templ, cv::Mat& dst,
                      cv::Size size, int T);
 
-/// The same for fewer than 64 features, into CV_8U. Deliberately not quite the same: a template that just fits the image
-/// in one direction gets no position at all.
+/// The same for fewer than 64 features, into CV_8U. Deliberately not quite the same: a template that just fits the
+/// image in one direction gets no position at all.
 void similarity_64_simd_safe(const std::vector<cv::Mat>& linearMemories, const ShapeTemplate& templ, cv::Mat& dst,
                              cv::Size size, int T);
 
