@@ -4,6 +4,7 @@
 #include <iostream>
 #include <utility>
 
+#include "Includes/FastSearch.h"
 #include "Includes/MatcherError.h"
 #include "Includes/PlainSearch.h"
 #include "Includes/StageTimer.h"
@@ -15,11 +16,11 @@ namespace {
 
 using Templates = std::vector<ShapeTemplateLevels>;
 using TemplatesByClass = std::map<std::string, Templates>;
+using Classes = std::vector<TemplatesByClass::const_pointer>;
 
 /// The classes to look for, in the order in which they are to be matched.
-std::vector<TemplatesByClass::const_pointer> chooseClasses(const TemplatesByClass& all,
-                                                           const std::vector<std::string>& classIds) {
-    std::vector<TemplatesByClass::const_pointer> chosen;
+Classes chooseClasses(const TemplatesByClass& all, const std::vector<std::string>& classIds) {
+    Classes chosen;
     if (classIds.empty()) {
         for (const auto& entry : all) chosen.push_back(&entry);
     }
@@ -28,6 +29,11 @@ std::vector<TemplatesByClass::const_pointer> chooseClasses(const TemplatesByClas
         if (found != all.end()) chosen.push_back(&*found);
     }
     return chosen;
+}
+
+bool areTakenByFastSearch(const Classes& classes) {
+    return std::all_of(classes.begin(), classes.end(),
+                       [](const auto* entry) { return FastSearch::takesTemplates(entry->second); });
 }
 
 /// Best hits first, duplicates away. The sort is stable: what is equal keeps the order in which it was found.
@@ -79,11 +85,16 @@ std::vector<MatchHit> Detector::match(cv::Mat source, float threshold, const std
     StageTimer timer;
     require(mask.empty() || mask.size() == source.size(), "mask.empty() || mask.size() == source.size()",
             "line2Dup::Detector::match");
-    const std::vector<LevelMemories> levels = prepareLevels(*modality_, source, mask, levelSteps_);
-    timer.elapsed("construct response map");
+    const Classes classes = chooseClasses(classTemplates_, classIds);
     std::vector<MatchHit> hits;
-    for (const auto* entry : chooseClasses(classTemplates_, classIds)) {
-        matchClass(levels, threshold, hits, entry->first, entry->second);
+    if (FastSearch::takesImage(source, mask, levelSteps_, threshold) && areTakenByFastSearch(classes)) {
+        FastSearch search(*modality_, source);
+        timer.elapsed("construct response map");
+        for (const auto* entry : classes) search.matchClass(threshold, hits, entry->first, entry->second);
+    } else {
+        const std::vector<LevelMemories> levels = prepareLevels(*modality_, source, mask, levelSteps_);
+        timer.elapsed("construct response map");
+        for (const auto* entry : classes) matchClass(levels, threshold, hits, entry->first, entry->second);
     }
     orderHits(hits);
     timer.elapsed("templ match");

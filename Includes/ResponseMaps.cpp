@@ -11,21 +11,6 @@
 
 namespace line2Dup {
 
-namespace {
-
-/// The rule in bytes: full response where the own bit is set, else the neighbours' response where one of theirs is.
-void respond(const uchar* spread, uchar* responses, int count, int label) {
-    const auto own = static_cast<uchar>(oneHotOf(label));
-    const auto beside = static_cast<uchar>(neighboursOf(label));
-    for (int i = 0; i < count; ++i) {
-        const auto full = static_cast<uchar>((spread[i] & own) != 0 ? fullResponse : 0);
-        const auto partial = static_cast<uchar>((spread[i] & beside) != 0 ? neighbourResponse : 0);
-        responses[i] = full > partial ? full : partial;
-    }
-}
-
-}  // namespace
-
 void spreadOrientations(const cv::Mat& src, cv::Mat& dst, int T) {
     cv::Mat spread = cv::Mat::zeros(src.size(), CV_8U);
     for (int r = 0; r < T && r < src.rows; ++r) {
@@ -45,6 +30,16 @@ void orRowsUnaligned(const uchar* src, int srcStride, uchar* dst, int dstStride,
     }
 }
 
+void formResponses(const uchar* spread, uchar* responses, int count, int label) {
+    const auto own = static_cast<uchar>(oneHotOf(label));
+    const auto beside = static_cast<uchar>(neighboursOf(label));
+    for (int i = 0; i < count; ++i) {
+        const auto full = static_cast<uchar>((spread[i] & own) != 0 ? fullResponse : 0);
+        const auto partial = static_cast<uchar>((spread[i] & beside) != 0 ? neighbourResponse : 0);
+        responses[i] = full > partial ? full : partial;
+    }
+}
+
 void computeResponseMaps(const cv::Mat& src, std::vector<cv::Mat>& maps) {
     constexpr std::size_t vectorBytes = 16;
     require(src.total() % vectorBytes == 0, "(src.rows * src.cols) % 16 == 0", "line2Dup::computeResponseMaps");
@@ -52,7 +47,7 @@ void computeResponseMaps(const cv::Mat& src, std::vector<cv::Mat>& maps) {
     for (cv::Mat& map : maps) map.create(src.size(), CV_8U);
     for (int r = 0; r < src.rows; ++r) {
         for (int label = 0; label < labelCount; ++label) {
-            respond(src.ptr(r), maps[static_cast<std::size_t>(label)].ptr(r), src.cols, label);
+            formResponses(src.ptr(r), maps[static_cast<std::size_t>(label)].ptr(r), src.cols, label);
         }
     }
 }

@@ -17,6 +17,9 @@ void spreadOrientations(const cv::Mat& src, cv::Mat& dst, int T);
 /// Byte-wise OR of a rectangle of `src` into `dst`. The strides are in bytes.
 void orRowsUnaligned(const uchar* src, int srcStride, uchar* dst, int dstStride, int width, int height);
 
+/// The responses of one label to a row of spread bytes.
+void formResponses(const uchar* spread, uchar* responses, int count, int label);
+
 /// From a spread image (CV_8U) to eight maps of its size, CV_8U: element (r, c) of map `i` is the best response of
 /// label `i` to any orientation set at (r, c). The number of pixels must be a multiple of 16.
 void computeResponseMaps(const cv::Mat& src, std::vector<cv::Mat>& maps);

@@ -38,12 +38,14 @@ cv::Mat PartScene(cv::Size size, double extent, const std::vector<Pose>& poses, 
     return colour ? scene.Colour() : scene.Gray();
 }
 
-void TrainAllAngles(line2Dup::Detector& detector, const cv::Mat& picture, int count, float step) {
+bool TrainAllAngles(line2Dup::Detector& detector, const cv::Mat& picture, int count, float step) {
     const int upright = detector.addShapeTemplate(picture, "part", cv::Mat(), 0);
+    if (upright < 0) return false;
     const cv::Point2f centre(static_cast<float>(picture.cols) * 0.5f, static_cast<float>(picture.rows) * 0.5f);
     for (int i = 1; i < count; ++i) {
         detector.addRotatedTemplate("part", upright, static_cast<float>(i) * step, centre);
     }
+    return true;
 }
 
 }  // namespace Quorvane::TestSupport

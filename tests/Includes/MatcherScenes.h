@@ -26,7 +26,8 @@ cv::Mat PartPicture(double extent, int side, bool colour = true);
 /// A picture with copies of the part, slightly out of focus and noisy.
 cv::Mat PartScene(cv::Size size, double extent, const std::vector<Pose>& poses, std::uint32_t seed, bool colour = true);
 
-/// Adds the upright part and `count` - 1 rotations of it by `step` degrees each, in the class "part".
-void TrainAllAngles(line2Dup::Detector& detector, const cv::Mat& picture, int count, float step);
+/// Adds the upright part and `count` - 1 rotations of it by `step` degrees each, in the class "part". False if the
+/// picture has too few features.
+bool TrainAllAngles(line2Dup::Detector& detector, const cv::Mat& picture, int count, float step);
 
 }  // namespace Quorvane::TestSupport
