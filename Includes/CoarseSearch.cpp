@@ -27,7 +27,6 @@ namespace line2Dup {
 
 namespace {
 
-constexpr int noSum = -1;
 /// Responses that are summed at once.
 constexpr int positionsInSum = 16;
 using Sums = std::array<uchar, positionsInSum>;
@@ -51,14 +50,6 @@ cv::Mat spreadFurther(const cv::Mat& spread) {
         orRowsUnaligned(wide.ptr(i), stride(wide), further.ptr(), stride(further), further.cols, further.rows);
     }
     return further;
-}
-
-/// The least sum of responses whose percentage is above the threshold, or `noSum`.
-int leastPassingSum(std::size_t featureCount, float threshold) {
-    for (int sum = 1; sum <= fullResponse * static_cast<int>(featureCount); ++sum) {
-        if (percentOf(sum, featureCount) > threshold) return sum;
-    }
-    return noSum;
 }
 
 /// Place of a pixel in the linearised grid.
@@ -233,7 +224,7 @@ std::vector<CoarseCandidate> CoarseSearch::find(const std::vector<ShapeTemplateL
     for (const TemplateGroup& group : groupTemplates(templates, grid_ * coarseStep)) {
         const auto featureCount = static_cast<int>(group.features.size());
         const int passingSum = leastPassingSum(group.features.size(), threshold);
-        if (passingSum == noSum) continue;
+        if (passingSum > fullResponse * featureCount) continue;
         const int allowed = (fullResponse * featureCount - passingSum) / fullResponse;
         search.openBlocks(group, allowed, mostPositions(templates, group, grid_));
         if (!search.hasOpenBlocks()) continue;

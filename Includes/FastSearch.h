@@ -29,9 +29,13 @@ public:
                     const std::vector<ShapeTemplateLevels>& templates);
 
 private:
+    void refine(const ShapeTemplate& templ, std::vector<MatchHit>& candidates);
+
     cv::Size size_;
     FineLevel fine_;
     CoarseSearch coarse_;
+    std::vector<cv::Point> centres_;
+    std::vector<FineLevel::Window> windows_;
 };
 
 }  // namespace line2Dup

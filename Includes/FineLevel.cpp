@@ -3,11 +3,15 @@
 // eight response maps, with step 1 and so without any spreading. The maps are as large as the image, but their memory
 // is touched only where tiles are prepared.
 //
-// A window is then summed row by row: sixteen bytes of each feature's map, in bytes as long as these cannot overflow.
+// Sums are formed row by row: sixteen bytes of each feature's map, in bytes as long as these cannot overflow. A copy of
+// the shape makes several hits side by side, whose windows are shifted by 4 pixels each and overlap. The sum at a place
+// is the same in all of them, so windows that begin in one cell of 32 by 32 pixels are cut from one rectangle of sums.
+// Only where a feature's window leaves the image do the windows differ, and such a window is summed on its own.
 
 #include "Includes/FineLevel.h"
 
 #include <algorithm>
+#include <numeric>
 #include <opencv2/core.hpp>
 #include <opencv2/core/hal/intrin.hpp>
 
@@ -19,10 +23,63 @@ namespace line2Dup {
 namespace {
 
 /// Side of a tile in pixels. Smaller tiles fit windows better, larger ones waste less on their margins.
-constexpr int tileSide = 64;
+constexpr int tileSide = 96;
 
 /// Features whose responses add up in a byte.
 constexpr std::size_t featuresInByteSum = byteSumLimit - 1;
+
+/// Side in pixels of the cells in which windows share their sums.
+constexpr int cellSide = 32;
+
+cv::Point originOf(cv::Point centre) { return centre - cv::Point(localWindow / 2, localWindow / 2); }
+
+/// Orders points by the cell in which they lie; negative ones share the cells at the image's edge.
+bool liesInEarlierCell(cv::Point a, cv::Point b) {
+    return a.y / cellSide != b.y / cellSide ? a.y / cellSide < b.y / cellSide : a.x / cellSide < b.x / cellSide;
+}
+
+bool liesInSameCell(cv::Point a, cv::Point b) { return !liesInEarlierCell(a, b) && !liesInEarlierCell(b, a); }
+
+/// The sums of sixteen bytes of each feature's row.
+#if CV_SIMD128
+void addSixteens(const std::vector<const uchar*>& features, std::size_t offset, ushort* sums) {
+    cv::v_uint16x8 left = cv::v_setzero_u16();
+    cv::v_uint16x8 right = cv::v_setzero_u16();
+    for (std::size_t begin = 0; begin < features.size(); begin += featuresInByteSum) {
+        const std::size_t end = std::min(begin + featuresInByteSum, features.size());
+        cv::v_uint8x16 bytes = cv::v_setzero_u8();
+        for (std::size_t i = begin; i < end; ++i) bytes = cv::v_add_wrap(bytes, cv::v_load(features[i] + offset));
+        cv::v_uint16x8 low;
+        cv::v_uint16x8 high;
+        cv::v_expand(bytes, low, high);
+        left = cv::v_add_wrap(left, low);
+        right = cv::v_add_wrap(right, high);
+    }
+    cv::v_store(sums, left);
+    cv::v_store(sums + 8, right);
+}
+#else
+void addSixteens(const std::vector<const uchar*>& features, std::size_t offset, ushort* sums) {
+    std::fill_n(sums, localWindow, ushort{0});
+    for (const uchar* feature : features) {
+        for (int i = 0; i < localWindow; ++i)
+            sums[i] = static_cast<ushort>(sums[i] + feature[offset + static_cast<std::size_t>(i)]);
+    }
+}
+#endif
+
+/// The least rectangle that holds the template's features.
+cv::Rect boxOf(const ShapeTemplate& templ) {
+    cv::Rect box;
+    for (const GradientFeature& feature : templ.features) box |= cv::Rect(feature.x, feature.y, 1, 1);
+    return box;
+}
+
+/// Whether all features of the box stay inside the image for all origins of the template.
+bool liesInside(const cv::Rect& box, const cv::Rect& origins, cv::Size image) {
+    return origins.x + box.x >= 0 && origins.y + box.y >= 0 && origins.br().x + box.br().x - 1 <= image.width &&
+           origins.br().y + box.br().y - 1 <= image.height;
+}
 
 int tilesAlong(int length) { return (length + tileSide - 1) / tileSide; }
 
@@ -60,68 +117,63 @@ void FineLevel::prepareTile(cv::Point tile) {
     prepared_.at<uchar>(tile) = 1;
 }
 
-void FineLevel::sumAround(const ShapeTemplate& templ, cv::Point centre,
-                          std::array<ushort, localWindow * localWindow>& sums) {
-    const cv::Point origin(centre.x - localWindow / 2, centre.y - localWindow / 2);
-    const cv::Rect image(cv::Point(), image_.size());
-    const cv::Rect wholeWindows(0, 0, image_.cols - localWindow + 1, image_.rows - localWindow + 1);
-    features_.clear();
-    bool allWindowsInside = true;
-    for (const GradientFeature& feature : templ.features) {
-        const cv::Point first(feature.x + origin.x, feature.y + origin.y);
-        if (!image.contains(first)) continue;  // skipped, though a part of its window may lie in the image
-        allWindowsInside = allWindowsInside && wholeWindows.contains(first);
-        features_.push_back(responses_[static_cast<std::size_t>(feature.label)].ptr(first.y) + first.x);
+void FineLevel::sumAround(const ShapeTemplate& templ, const std::vector<cv::Point>& centres,
+                          std::vector<Window>& windows) {
+    const cv::Rect box = boxOf(templ);
+    windows.resize(centres.size());
+    order_.resize(centres.size());
+    std::iota(order_.begin(), order_.end(), std::size_t{0});
+    std::sort(order_.begin(), order_.end(), [&](std::size_t a, std::size_t b) {
+        return liesInEarlierCell(originOf(centres[a]), originOf(centres[b]));
+    });
+    for (std::size_t begin = 0; begin < order_.size();) {
+        const cv::Point first = originOf(centres[order_[begin]]);
+        cv::Rect origins(first, cv::Size(localWindow, localWindow));
+        std::size_t end = begin + 1;
+        for (; end < order_.size() && liesInSameCell(first, originOf(centres[order_[end]])); ++end) {
+            origins |= cv::Rect(originOf(centres[order_[end]]), cv::Size(localWindow, localWindow));
+        }
+        const bool shared = liesInside(box, origins, image_.size());
+        if (shared) sumRect(templ, origins);
+        for (; begin < end; ++begin) {
+            const cv::Point centre = centres[order_[begin]];
+            Window& window = windows[order_[begin]];
+            if (shared) {
+                const cv::Rect part(originOf(centre) - origins.tl(), cv::Size(localWindow, localWindow));
+                sums_(part).copyTo(cv::Mat(part.size(), CV_16U, window.data()));
+            } else {
+                sumAlone(templ, centre, window);
+            }
+        }
     }
-    if (!allWindowsInside) {
-        prepare(image);
-        std::vector<cv::Mat> linearMemories;
-        for (const cv::Mat& map : responses_) linearMemories.push_back(map.reshape(1, 1));
-        cv::Mat window;
-        similarityLocal(linearMemories, templ, window, image_.size(), 1, centre);
-        std::copy_n(window.ptr<ushort>(), sums.size(), sums.begin());
-        return;
-    }
-    for (const GradientFeature& feature : templ.features) {
-        const cv::Point first(feature.x + origin.x, feature.y + origin.y);
-        if (image.contains(first)) prepare(cv::Rect(first, cv::Size(localWindow, localWindow)));
-    }
-    sumFeatures(sums);
 }
 
-#if CV_SIMD128
-void FineLevel::sumFeatures(std::array<ushort, localWindow * localWindow>& sums) const {
-    const std::size_t step = responses_.front().step[0];
-    for (std::size_t r = 0; r < localWindow; ++r) {
-        cv::v_uint16x8 left = cv::v_setzero_u16();
-        cv::v_uint16x8 right = cv::v_setzero_u16();
-        for (std::size_t begin = 0; begin < features_.size(); begin += featuresInByteSum) {
-            const std::size_t end = std::min(begin + featuresInByteSum, features_.size());
-            cv::v_uint8x16 bytes = cv::v_setzero_u8();
-            for (std::size_t i = begin; i < end; ++i) {
-                bytes = cv::v_add_wrap(bytes, cv::v_load(features_[i] + r * step));
-            }
-            cv::v_uint16x8 low;
-            cv::v_uint16x8 high;
-            cv::v_expand(bytes, low, high);
-            left = cv::v_add_wrap(left, low);
-            right = cv::v_add_wrap(right, high);
-        }
-        cv::v_store(&sums[r * localWindow], left);
-        cv::v_store(&sums[r * localWindow + 8], right);
-    }
+void FineLevel::sumAlone(const ShapeTemplate& templ, cv::Point centre, Window& window) {
+    prepare(cv::Rect(cv::Point(), image_.size()));
+    std::vector<cv::Mat> linearMemories;
+    for (const cv::Mat& map : responses_) linearMemories.push_back(map.reshape(1, 1));
+    cv::Mat sums;
+    similarityLocal(linearMemories, templ, sums, image_.size(), 1, centre);
+    std::copy_n(sums.ptr<ushort>(), window.size(), window.begin());
 }
-#else
-void FineLevel::sumFeatures(std::array<ushort, localWindow * localWindow>& sums) const {
+
+void FineLevel::sumRect(const ShapeTemplate& templ, const cv::Rect& origins) {
+    features_.clear();
+    for (const GradientFeature& feature : templ.features) {
+        const cv::Rect places = origins + cv::Point(feature.x, feature.y);
+        prepare(places);
+        features_.push_back(responses_[static_cast<std::size_t>(feature.label)].ptr(places.y) + places.x);
+    }
+    sums_.create(origins.size(), CV_16U);
     const std::size_t step = responses_.front().step[0];
-    sums.fill(0);
-    for (const uchar* feature : features_) {
-        for (std::size_t i = 0; i < sums.size(); ++i) {
-            const uchar response = feature[i / localWindow * step + i % localWindow];
-            sums[i] = static_cast<ushort>(sums[i] + response);
+    for (int r = 0; r < origins.height; ++r) {
+        const std::size_t offset = static_cast<std::size_t>(r) * step;
+        for (int c = 0; c < origins.width; c += localWindow) {
+            // The last sixteen end with the row and may overlap those before.
+            const int column = std::min(c, origins.width - localWindow);
+            addSixteens(features_, offset + static_cast<std::size_t>(column), sums_.ptr<ushort>(r) + column);
         }
     }
 }
-#endif
 
 }  // namespace line2Dup

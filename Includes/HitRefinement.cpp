@@ -20,11 +20,13 @@ struct Best {
 
 Best findBest(const ushort* sums, std::size_t featureCount) {
     // Different sums have different percentages, so the first greatest sum is the first greatest percentage.
-    const ushort* greatest = std::max_element(sums, sums + localWindow * localWindow);
+    const ushort* end = sums + localWindow * localWindow;
+    ushort greatest = 0;
+    for (const ushort* sum = sums; sum != end; ++sum) greatest = *sum > greatest ? *sum : greatest;
     Best best;
-    const float similarity = percentOf(*greatest, featureCount);
+    const float similarity = percentOf(greatest, featureCount);
     if (similarity > best.similarity) {
-        const auto index = static_cast<int>(greatest - sums);
+        const auto index = static_cast<int>(std::find(sums, end, greatest) - sums);
         best = {{index % localWindow, index / localWindow}, similarity};
     }
     return best;
@@ -47,6 +49,13 @@ cv::Point2f centroidAround(const ushort* sums, cv::Point best) {
 }
 
 }  // namespace
+
+int leastPassingSum(std::size_t featureCount, float threshold) {
+    const int greatest = fullResponse * static_cast<int>(featureCount);
+    int sum = 0;
+    while (sum <= greatest && !(percentOf(sum, featureCount) > threshold)) ++sum;
+    return sum;
+}
 
 cv::Point windowCentre(const MatchHit& hit, const ShapeTemplate& level, cv::Size size, int T) {
     const int border = halfWindow * T;

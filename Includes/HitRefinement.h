@@ -15,6 +15,10 @@ inline float percentOf(int sum, std::size_t featureCount) {
     return static_cast<float>(sum) * 100.0f / static_cast<float>(fullResponse * featureCount);
 }
 
+/// The least sum of the responses of `featureCount` features whose percentage is above the threshold; greater than any
+/// sum can be if there is none.
+int leastPassingSum(std::size_t featureCount, float threshold);
+
 /// The pixel that stands for a block of the grid of step T, relative to the block's first one.
 constexpr int offsetInBlock(int T) { return T / 2 + T % 2 - 1; }
 

@@ -62,13 +62,14 @@ cv::Mat sumAround(const LevelMemories& level, const ShapeTemplate& templ, cv::Po
 std::vector<MatchHit> findCandidates(const LevelMemories& level, const ShapeTemplate& templ, float threshold,
                                      const std::string& classId, int templateId) {
     const cv::Mat sums = sumEverywhere(level, templ);
+    const int least = leastPassingSum(templ.features.size(), threshold);
     const int offset = offsetInBlock(level.step);
     std::vector<MatchHit> candidates;
     for (int r = 0; r < sums.rows; ++r) {
         const auto* row = sums.ptr<ushort>(r);
         for (int c = 0; c < sums.cols; ++c) {
+            if (row[c] < least) continue;
             const float similarity = percentOf(row[c], templ.features.size());
-            if (!(similarity > threshold)) continue;
             candidates.push_back(
                 {c * level.step + offset, r * level.step + offset, similarity, classId, templateId, 0.0f, 0.0f});
         }

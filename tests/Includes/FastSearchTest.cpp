@@ -84,11 +84,13 @@ TEST(FastSearch, EqualsThePlainSearchOnRandomScenes) {
                                         static_cast<std::uint32_t>(i), colour);
         const std::vector<Reference::TemplateClass> classes{Reference::TemplatesOf(detector, "part", count)};
         const auto threshold = static_cast<float>(random.Real(45.0, 99.9));
-        ASSERT_TRUE(FindsWhatThePlainSearchFinds(detector, classes, scene, threshold))
+        const std::vector<MatchHit> found = SearchFast(detector, classes, scene, threshold);
+        ASSERT_TRUE(SameHits(found, Reference::MatchShapes(settings, classes, scene, threshold, cv::Mat())))
             << i << ", threshold " << threshold << ", " << size;
-        hits += static_cast<int>(SearchFast(detector, classes, scene, threshold).size());
+        hits += static_cast<int>(found.size());
     }
-    EXPECT_GT(hits, 1000);  // the scenes are worth something
+
+    EXPECT_GT(hits, 100);  // the scenes are worth something
 }
 
 TEST(FastSearch, EqualsThePlainSearchAtAllThresholds) {

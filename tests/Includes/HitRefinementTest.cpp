@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <limits>
 
 namespace line2Dup {
 namespace {
@@ -16,6 +17,16 @@ MatchHit HitAt(int x, int y) { return {x, y, 0.0f, "part", 0, 0.0f, 0.0f}; }
 TEST(PercentOf, IsAFloatQuotient) {
     EXPECT_EQ(percentOf(256, 64), 100.0f);
     EXPECT_EQ(percentOf(1, 3), 1.0f * 100.0f / 12.0f);
+}
+
+TEST(LeastPassingSum, IsTheFirstWhosePercentageIsAboveTheThreshold) {
+    EXPECT_EQ(leastPassingSum(32, 80.0f), 103);
+    EXPECT_EQ(leastPassingSum(25, 80.0f), 81);  // 80 of 100 is not above
+    EXPECT_EQ(leastPassingSum(10, -1.0f), 0);
+    EXPECT_EQ(leastPassingSum(10, 0.0f), 1);
+    EXPECT_EQ(leastPassingSum(10, 100.0f), 41);
+    EXPECT_EQ(leastPassingSum(10, std::numeric_limits<float>::quiet_NaN()), 41);
+    EXPECT_EQ(leastPassingSum(0, 50.0f), 1);
 }
 
 TEST(OffsetInBlock, IsTheMiddleOfTheBlock) {
