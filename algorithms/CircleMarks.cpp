@@ -193,7 +193,7 @@ float CircleMarkScore(const cv::Mat& gray, const cv::Vec3f& candidate) {
     const int thickness = std::max(around.radius / thicknessesPerRadius, leastThickness);
     const cv::Mat inner = RingMask(patch.size(), centre, around.radius, thickness);
     const cv::Mat outer = RingMask(patch.size(), centre, around.radius + thickness, thickness);
-    // Outer rings alone are empty for a radius of 1 only; from the search, whose radii begin at 3, this is a guard.
+    // The outer ring alone is empty for a radius of 1; the search, whose radii begin at 3, is not known to get here.
     if (cv::countNonZero(inner) == 0 || cv::countNonZero(outer) == 0) return 0.0f;
     const double ringMean = cv::mean(patch, inner)[0];
     const double outerMean = cv::mean(patch, outer)[0];
