@@ -1,0 +1,32 @@
+#pragma once
+
+#include <opencv2/core.hpp>
+#include <string>
+
+namespace Quorvane::CameraCalibration {
+
+/// Replaces the text that `GetLastError` returns.
+void SetLastError(const std::string& text);
+
+/// A function of this namespace by its full name, as messages carry it.
+std::string QualifiedName(const std::string& function);
+
+/// Runs the body of a function. A `cv::Exception` becomes the last error, "[" and the function's full name and "]" and
+/// the exception's text, and `fail()` gives the result. Any other exception passes through.
+template <typename Body, typename Fail>
+auto ReportingExceptions(const char* function, Body body, Fail fail) {
+    try {
+        return body();
+    } catch (cv::Exception& exception) {
+        SetLastError("[" + QualifiedName(function) + "]" + exception.what());
+        return fail();
+    }
+}
+
+/// The same for a function whose failure is `false` and nothing else.
+template <typename Body>
+bool ReportingExceptions(const char* function, Body body) {
+    return ReportingExceptions(function, body, [] { return false; });
+}
+
+}  // namespace Quorvane::CameraCalibration
