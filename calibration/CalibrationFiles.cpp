@@ -16,21 +16,15 @@ constexpr const char* homographyNode = "Homo";
 
 bool OpenForWriting(cv::FileStorage& file, const std::string& fileName) {
     file.open(fileName, cv::FileStorage::WRITE, "");
-    if (file.isOpened()) return true;
-    SetLastError("Failed to open file for writing: " + fileName);
-    return false;
+    return file.isOpened() || FailWith("Failed to open file for writing: " + fileName);
 }
 
 bool OpenForReading(cv::FileStorage& file, const std::string& fileName) {
-    if (OpenStoredDocument(file, fileName)) return true;
-    SetLastError("Failed to open file for reading: " + fileName);
-    return false;
+    return OpenStoredDocument(file, fileName) || FailWith("Failed to open file for reading: " + fileName);
 }
 
 bool HasNode(const cv::FileStorage& file, const char* node, const std::string& fileName) {
-    if (!file[node].empty()) return true;
-    SetLastError("This file has been corrupted, and the data cannot be read : " + fileName);
-    return false;
+    return !file[node].empty() || FailWith("This file has been corrupted, and the data cannot be read : " + fileName);
 }
 
 }  // namespace

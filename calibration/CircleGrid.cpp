@@ -3,6 +3,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "calibration/LastError.h"
+#include "calibration/StopCriteria.h"
 
 namespace Quorvane::CameraCalibration {
 
@@ -17,8 +18,6 @@ constexpr double sigmaOfWindow = 0.0;       // OpenCV derives it from the window
 constexpr double evenLevel = 128.0;         // the middle of the gray range
 const cv::Size refinementHalfWindow(3, 3);
 const cv::Size noDeadZone(-1, -1);
-constexpr int mostSteps = 30;
-constexpr double leastChange = 1e-6;
 
 }  // namespace
 
@@ -70,10 +69,6 @@ bool FindBoardEitherWay(const cv::Mat& gray, cv::Size pattern, const CircleSearc
 
 void RefineCenters(const cv::Mat& gray, std::vector<cv::Point2f>& centers) {
     cv::cornerSubPix(gray, centers, refinementHalfWindow, noDeadZone, StopCriteria());
-}
-
-cv::TermCriteria StopCriteria() {
-    return cv::TermCriteria(cv::TermCriteria::COUNT + cv::TermCriteria::EPS, mostSteps, leastChange);
 }
 
 }  // namespace Quorvane::CameraCalibration

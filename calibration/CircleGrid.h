@@ -32,7 +32,4 @@ bool FindBoardEitherWay(const cv::Mat& gray, cv::Size pattern, const CircleSearc
 /// Moves the centres to sub-pixel positions in the gray picture.
 void RefineCenters(const cv::Mat& gray, std::vector<cv::Point2f>& centers);
 
-/// When refinements and calibrations stop: after 30 steps, or when a step changes less than 1e-6.
-cv::TermCriteria StopCriteria();
-
 }  // namespace Quorvane::CameraCalibration

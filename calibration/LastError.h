@@ -8,8 +8,16 @@ namespace Quorvane::CameraCalibration {
 /// Replaces the text that `GetLastError` returns.
 void SetLastError(const std::string& text);
 
+/// Does so and gives `false`, for a failed check to return.
+bool FailWith(const std::string& text);
+
 /// A function of this namespace by its full name, as messages carry it.
 std::string QualifiedName(const std::string& function);
+
+/// What the two board finders say of a shot in which they cannot find the board.
+std::string ReshootText(const std::string& function);
+/// And the rating that they give it; no picture is ever rated so.
+constexpr double noQuality = -1.0;
 
 /// Runs the body of a function. A `cv::Exception` becomes the last error, "[" and the function's full name and "]" and
 /// the exception's text, and `fail()` gives the result. Any other exception passes through.

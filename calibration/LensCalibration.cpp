@@ -4,6 +4,7 @@
 #include "calibration/CameraCalibration.h"
 #include "calibration/CircleGrid.h"
 #include "calibration/LastError.h"
+#include "calibration/StopCriteria.h"
 
 namespace Quorvane::CameraCalibration {
 
@@ -70,18 +71,13 @@ cv::Mat WithFocalLengthsScaled(const cv::Mat& K, double fxScale, double fyScale)
     return scaled;
 }
 
-bool Fail(const char* text) {
-    SetLastError(text);
-    return false;
-}
-
 }  // namespace
 
 bool CalibrateDistortedCamera(const std::vector<cv::Mat>& images, const cv::Size& patternSize, cv::Mat& K, cv::Mat& D,
                               double& rms) {
     const auto calibrate = [&] {
         const Views views = CollectViews(images, patternSize);
-        if (views.imagePoints.empty()) return Fail("Not enough points for calibration.");
+        if (views.imagePoints.empty()) return FailWith("Not enough points for calibration.");
         K = cv::Mat::zeros(3, 3, CV_64F);
         D = cv::Mat::zeros(4, 1, CV_64F);
         std::vector<cv::Mat> rotations;
@@ -100,15 +96,15 @@ bool UnDistortedImage(const cv::Mat& distorted, cv::Mat& K, cv::Mat& D, const do
                       cv::Mat& undistorted) {
     return ReportingExceptions("UnDistortedImage", [&] {
         const std::string reason = WhyNotUndistortable(distorted, K, D);
-        if (!reason.empty()) return Fail(reason.c_str());
+        if (!reason.empty()) return FailWith(reason);
         const cv::Mat newK = WithFocalLengthsScaled(K, fxScale, fyScale);
         cv::Mat map1;
         cv::Mat map2;
         cv::fisheye::initUndistortRectifyMap(K, D, cv::Mat::eye(3, 3, CV_64F), newK, distorted.size(), CV_16SC2, map1,
                                              map2);
-        if (map1.empty() || map2.empty()) return Fail("Undistort rectify map is empty");
+        if (map1.empty() || map2.empty()) return FailWith("Undistort rectify map is empty");
         cv::remap(distorted, undistorted, map1, map2, cv::INTER_LINEAR, cv::BORDER_CONSTANT, cv::Scalar());
-        if (undistorted.empty()) return Fail("Output undistorted image is empty");
+        if (undistorted.empty()) return FailWith("Output undistorted image is empty");
         return true;
     });
 }

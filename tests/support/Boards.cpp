@@ -179,6 +179,14 @@ Board CharucoBoardPrint(cv::Size squares, double squareLength) {
     return board;
 }
 
+Board Covered(Board board, const cv::Point2d& from, const cv::Point2d& to) {
+    board.level = [level = board.level, from, to](const cv::Point2d& p) {
+        const bool covered = p.x >= from.x && p.y >= from.y && p.x <= to.x && p.y <= to.y;
+        return covered ? paper : level(p);
+    };
+    return board;
+}
+
 cv::Mat Photograph(const CameraModel& camera, const Board& board, const Pose& pose) {
     const auto boardRow = [&](int y) {
         std::vector<cv::Point2d> row;

@@ -52,6 +52,9 @@ Board CircleBoard(cv::Size pattern, double radius = 0.25);
 /// quarters of the square. Its frame begins at the outer corner of the first square. The margin is one square wide.
 Board CharucoBoardPrint(cv::Size squares, double squareLength);
 
+/// The board with a part of it, given by its two corners, covered with white paper.
+Board Covered(Board board, const cv::Point2d& from, const cv::Point2d& to);
+
 /// The picture that the camera takes of the board: 8-bit gray, each pixel the mean over its area.
 cv::Mat Photograph(const CameraModel& camera, const Board& board, const Pose& pose);
 
