@@ -24,6 +24,8 @@ const cv::Size noDeadZone(-1, -1);
 std::vector<cv::Point3f> GenerateActualPositions(int columns, int rows, float pitch) {
     const auto lay = [&] {
         std::vector<cv::Point3f> positions;
+        if (columns <= 0 || rows <= 0) return positions;
+        positions.reserve(static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows));
         for (int row = 0; row < rows; ++row) {
             for (int column = 0; column < columns; ++column) {
                 positions.emplace_back(static_cast<float>(column) * pitch, static_cast<float>(row) * pitch, 0.0f);

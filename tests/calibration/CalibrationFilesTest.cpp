@@ -283,7 +283,9 @@ TEST(CalibrationFiles, ATruncatedFileIsRefusedWhereverItEnds) {
         const std::string whole = folder.Read(name);
         const std::size_t lastNode = whole.find("rms");
         ASSERT_NE(lastNode, std::string::npos);
-        for (std::size_t length = 0; length <= lastNode; ++length) {
+        // Every length of the XML file, whose parser has its pitfalls, and one in seven of the others.
+        const std::size_t step = std::string(name).find(".xml") != std::string::npos ? 1 : 7;
+        for (std::size_t length = 0; length <= lastNode; length += step) {
             const std::string path = folder.Write(std::string("cut-") + name, whole.substr(0, length));
             Outputs outputs;
             SetLastError("");
