@@ -1,0 +1,238 @@
+// A position passes the threshold only if few features are missing there: each response is at most 4, so of N features
+// no more than (4 N - least passing sum) / 4 may find no response. Whether a feature is missing is one bit for each
+// position (`ResponseBits`), and misses are counted for 128 positions at once (`MissCounter`).
+//
+// Neighbouring templates are first counted together: a feature is missing in all of a group's templates if its label
+// is missing in the whole 4 by 4 square in which the templates have it, and that too is one bit for each position, of
+// an image spread by 3 pixels more. Few blocks of positions stay open; there each template is counted on its own, and
+// only where it may pass are its responses summed.
+//
+// The grid is searched as one flat array, as the similarity routines do: a template that hangs over the right edge goes
+// on in the next row of the grid.
+
+#include "Includes/CoarseSearch.h"
+
+#include <algorithm>
+#include <array>
+#include <opencv2/core.hpp>
+#include <opencv2/core/hal/intrin.hpp>
+
+#include "Includes/HitRefinement.h"
+#include "Includes/MissCounter.h"
+#include "Includes/ResponseBits.h"
+#include "Includes/ResponseMaps.h"
+#include "Includes/TemplateGroups.h"
+
+namespace line2Dup {
+
+namespace {
+
+/// Responses that are summed at once.
+constexpr int positionsInSum = 16;
+using Sums = std::array<uchar, positionsInSum>;
+
+/// The image of the spread orientations, spread by `groupReach` pixels more to the right and downwards. What lies
+/// beyond the right edge is what the flat grid has there: the beginning of the next row of blocks.
+cv::Mat spreadFurther(const cv::Mat& spread) {
+    cv::Mat extended = cv::Mat::zeros(spread.rows + groupReach, spread.cols + groupReach, CV_8U);
+    spread.copyTo(extended(cv::Rect(cv::Point(), spread.size())));
+    if (spread.rows > coarseStep) {
+        const cv::Rect nextRow(0, coarseStep, groupReach, spread.rows - coarseStep);
+        spread(nextRow).copyTo(extended(cv::Rect(cv::Point(spread.cols, 0), nextRow.size())));
+    }
+    const auto stride = [](const cv::Mat& image) { return static_cast<int>(image.step1()); };
+    cv::Mat wide = cv::Mat::zeros(extended.rows, spread.cols, CV_8U);
+    cv::Mat further = cv::Mat::zeros(spread.size(), CV_8U);
+    for (int i = 0; i <= groupReach; ++i) {
+        orRowsUnaligned(extended.ptr() + i, stride(extended), wide.ptr(), stride(wide), wide.cols, wide.rows);
+    }
+    for (int i = 0; i <= groupReach; ++i) {
+        orRowsUnaligned(wide.ptr(i), stride(wide), further.ptr(), stride(further), further.cols, further.rows);
+    }
+    return further;
+}
+
+/// Place of a pixel in the linearised grid.
+struct GridPlace {
+    int phase;
+    std::ptrdiff_t first;
+};
+
+GridPlace gridPlaceOf(int x, int y, int gridWidth) {
+    return {(y % coarseStep) * coarseStep + x % coarseStep,
+            static_cast<std::ptrdiff_t>(y / coarseStep) * gridWidth + x / coarseStep};
+}
+
+/// The number of positions, as a flat array, at which the template lies in the grid.
+std::ptrdiff_t positionsOf(const ShapeTemplate& templ, cv::Size grid) {
+    const int spanX = grid.width - ((templ.width - 1) / coarseStep + 1);
+    const int spanY = grid.height - ((templ.height - 1) / coarseStep + 1);
+    if (spanX <= 0 || spanY <= 0) return 0;
+    const std::ptrdiff_t positions = static_cast<std::ptrdiff_t>(spanY) * grid.width + spanX + 1;
+    return std::min(positions, static_cast<std::ptrdiff_t>(grid.area()));
+}
+
+std::ptrdiff_t mostPositions(const std::vector<ShapeTemplateLevels>& templates, const TemplateGroup& group,
+                             cv::Size grid) {
+    std::ptrdiff_t most = 0;
+    for (std::size_t id = group.first; id < group.last; ++id) {
+        most = std::max(most, positionsOf(templates[id].back(), grid));
+    }
+    return most;
+}
+
+/// Bits that are read behind the last position: those of the lowest feature of all templates, and a block.
+std::ptrdiff_t reachOf(const std::vector<ShapeTemplateLevels>& templates, cv::Size grid) {
+    int lowest = 0;
+    for (const ShapeTemplateLevels& levels : templates) {
+        for (const GradientFeature& feature : levels.back().features) lowest = std::max(lowest, feature.y);
+    }
+    const std::ptrdiff_t rows = std::min(lowest / coarseStep, grid.height) + 1;
+    return rows * grid.width + positionsInBlock;
+}
+
+/// One feature of a template in the grid.
+struct PlacedFeature {
+    std::size_t label;
+    GridPlace place;
+};
+
+/// Adds a feature's responses at sixteen positions; behind the last position of the grid they are 0.
+void addSixteen(const cv::Mat& memory, const GridPlace& place, std::ptrdiff_t position, Sums& sums) {
+    const std::ptrdiff_t first = place.first + position;
+    const uchar* responses = memory.ptr(place.phase) + first;
+    const std::ptrdiff_t available = memory.cols - first;
+#if CV_SIMD128
+    if (available >= positionsInSum) {
+        cv::v_store(sums.data(), cv::v_add_wrap(cv::v_load(sums.data()), cv::v_load(responses)));
+        return;
+    }
+#endif
+    for (std::ptrdiff_t i = 0; i < std::min<std::ptrdiff_t>(positionsInSum, available); ++i) {
+        auto& sum = sums[static_cast<std::size_t>(i)];
+        sum = static_cast<uchar>(sum + responses[i]);
+    }
+}
+
+/// What the search of one class goes through, template by template, without allocating anew.
+class TemplateSearch {
+public:
+    TemplateSearch(const std::vector<cv::Mat>& linearMemories, cv::Size grid, const ResponseBits& bits,
+                   const ResponseBits& furtherBits, const uchar* neverMissing)
+        : memories_(linearMemories), grid_(grid), bits_(bits), furtherBits_(furtherBits), neverMissing_(neverMissing) {}
+
+    /// Sets the blocks up to `positions` in which any of the group's templates may miss no more than `allowed`
+    /// features.
+    void openBlocks(const TemplateGroup& group, int allowed, std::ptrdiff_t positions) {
+        open_.clear();
+        arrays_.clear();
+        for (const GroupFeature& feature : group.features) {
+            if (feature.label < 0) {
+                --allowed;
+                continue;
+            }
+            const GridPlace place = gridPlaceOf(feature.x, feature.y, grid_.width);
+            arrays_.add(furtherBits_.from(feature.label, place.phase, place.first),
+                        furtherBits_.from(feature.otherLabel, place.phase, place.first));
+        }
+        arrays_.fillUp(neverMissing_);
+        if (allowed < 0) return;
+        const MissCounter counter(allowed);
+        BlockMask mask{};
+        for (std::ptrdiff_t block = 0; block * positionsInBlock < positions; ++block) {
+            if (counter.hasOpen(arrays_, block, mask)) open_.push_back(block);
+        }
+    }
+
+    bool hasOpenBlocks() const { return !open_.empty(); }
+
+    /// Appends the candidates that one template has in the open blocks.
+    void search(const ShapeTemplate& templ, int templateId, int allowed, int passingSum,
+                std::vector<CoarseCandidate>& candidates) {
+        const cv::Rect image(0, 0, grid_.width * coarseStep, grid_.height * coarseStep);
+        features_.clear();
+        arrays_.clear();
+        for (const GradientFeature& feature : templ.features) {
+            if (!image.contains({feature.x, feature.y})) {
+                --allowed;
+                continue;
+            }
+            const GridPlace place = gridPlaceOf(feature.x, feature.y, grid_.width);
+            features_.push_back({static_cast<std::size_t>(feature.label), place});
+            const uchar* array = bits_.from(feature.label, place.phase, place.first);
+            arrays_.add(array, array);
+        }
+        arrays_.fillUp(neverMissing_);
+        if (allowed < 0) return;
+        const MissCounter counter(allowed);
+        const std::ptrdiff_t positions = positionsOf(templ, grid_);
+        BlockMask mask{};
+        for (const std::ptrdiff_t block : open_) {
+            if (!counter.hasOpen(arrays_, block, mask)) continue;
+            for (int part = 0; part < positionsInBlock / positionsInSum; ++part) {
+                if (mask.bytes[2 * part] == 0 && mask.bytes[2 * part + 1] == 0) continue;
+                const std::ptrdiff_t first = block * positionsInBlock + part * positionsInSum;
+                addPassing(first, positions, passingSum, templateId, candidates);
+            }
+        }
+    }
+
+private:
+    void addPassing(std::ptrdiff_t first, std::ptrdiff_t positions, int passingSum, int templateId,
+                    std::vector<CoarseCandidate>& candidates) const {
+        Sums sums{};
+        for (const PlacedFeature& feature : features_) addSixteen(memories_[feature.label], feature.place, first, sums);
+        const std::ptrdiff_t count = std::min<std::ptrdiff_t>(positionsInSum, positions - first);
+        for (std::ptrdiff_t i = 0; i < count; ++i) {
+            if (sums[static_cast<std::size_t>(i)] < passingSum) continue;
+            const auto position = static_cast<int>(first + i);
+            candidates.push_back(
+                {templateId, {position % grid_.width * coarseStep, position / grid_.width * coarseStep}});
+        }
+    }
+
+    const std::vector<cv::Mat>& memories_;
+    cv::Size grid_;
+    const ResponseBits& bits_;
+    const ResponseBits& furtherBits_;
+    const uchar* neverMissing_;
+    std::vector<std::ptrdiff_t> open_;
+    std::vector<PlacedFeature> features_;
+    MissArrays arrays_;
+};
+
+}  // namespace
+
+CoarseSearch::CoarseSearch(const cv::Mat& orientations)
+    : grid_(orientations.cols / coarseStep, orientations.rows / coarseStep) {
+    spreadOrientations(orientations, spread_, coarseStep);
+    linearize(spread_, linearSpread_, coarseStep);
+    // Responses are formed pixel by pixel, so the maps of the reordered image are the reordered maps.
+    computeResponseMaps(linearSpread_, linearMemories_);
+}
+
+std::vector<CoarseCandidate> CoarseSearch::find(const std::vector<ShapeTemplateLevels>& templates,
+                                                float threshold) const {
+    const std::ptrdiff_t reach = reachOf(templates, grid_);
+    cv::Mat linearFurther;
+    linearize(spreadFurther(spread_), linearFurther, coarseStep);
+    const ResponseBits bits(linearSpread_, reach);
+    const ResponseBits furtherBits(linearFurther, reach);
+    const std::vector<uchar> neverMissing(static_cast<std::size_t>(grid_.area() / 8 + positionsInBlock));
+    TemplateSearch search(linearMemories_, grid_, bits, furtherBits, neverMissing.data());
+    std::vector<CoarseCandidate> candidates;
+    for (const TemplateGroup& group : groupTemplates(templates, grid_ * coarseStep)) {
+        const auto featureCount = static_cast<int>(group.features.size());
+        const int passingSum = leastPassingSum(group.features.size(), threshold);
+        if (passingSum > fullResponse * featureCount) continue;
+        const int allowed = (fullResponse * featureCount - passingSum) / fullResponse;
+        search.openBlocks(group, allowed, mostPositions(templates, group, grid_));
+        if (!search.hasOpenBlocks()) continue;
+        for (std::size_t id = group.first; id < group.last; ++id) {
+            search.search(templates[id].back(), static_cast<int>(id), allowed, passingSum, candidates);
+        }
+    }
+    return candidates;
+}
+
+}  // namespace line2Dup

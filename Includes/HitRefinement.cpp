@@ -1,0 +1,86 @@
+#include "Includes/HitRefinement.h"
+
+#include <algorithm>
+
+namespace line2Dup {
+
+namespace {
+
+/// The pyramid's factor from a level to the next finer one.
+constexpr int levelFactor = 2;
+/// Grid steps from a window's first position to its centre.
+constexpr int halfWindow = localWindow / 2;
+/// Sums of weights up to this have no centroid.
+constexpr float leastWeight = 1e-5f;
+
+struct Best {
+    cv::Point position{-1, -1};
+    float similarity = 0.0f;
+};
+
+Best findBest(const ushort* sums, std::size_t featureCount) {
+    // Different sums have different percentages, so the first greatest sum is the first greatest percentage.
+    const ushort* end = sums + localWindow * localWindow;
+    ushort greatest = 0;
+    for (const ushort* sum = sums; sum != end; ++sum) greatest = *sum > greatest ? *sum : greatest;
+    Best best;
+    const float similarity = percentOf(greatest, featureCount);
+    if (similarity > best.similarity) {
+        const auto index = static_cast<int>(std::find(sums, end, greatest) - sums);
+        best = {{index % localWindow, index / localWindow}, similarity};
+    }
+    return best;
+}
+
+cv::Point2f centroidAround(const ushort* sums, cv::Point best) {
+    float weights = 0.0f;
+    float weightedX = 0.0f;
+    float weightedY = 0.0f;
+    for (int y = std::max(best.y - 1, 0); y <= std::min(best.y + 1, localWindow - 1); ++y) {
+        for (int x = std::max(best.x - 1, 0); x <= std::min(best.x + 1, localWindow - 1); ++x) {
+            const float weight = sums[y * localWindow + x];
+            weights += weight;
+            weightedX += weight * static_cast<float>(x);
+            weightedY += weight * static_cast<float>(y);
+        }
+    }
+    if (!(weights > leastWeight)) return {static_cast<float>(best.x), static_cast<float>(best.y)};
+    return {weightedX / weights, weightedY / weights};
+}
+
+}  // namespace
+
+int leastPassingSum(std::size_t featureCount, float threshold) {
+    const int greatest = fullResponse * static_cast<int>(featureCount);
+    int sum = 0;
+    while (sum <= greatest && !(percentOf(sum, featureCount) > threshold)) ++sum;
+    return sum;
+}
+
+cv::Point windowCentre(const MatchHit& hit, const ShapeTemplate& level, cv::Size size, int T) {
+    const int border = halfWindow * T;
+    const int maxX = size.width - level.width - border;
+    const int maxY = size.height - level.height - border;
+    return {std::min(std::max(hit.x * levelFactor + 1, border), maxX),
+            std::min(std::max(hit.y * levelFactor + 1, border), maxY)};
+}
+
+void refineHit(MatchHit& hit, const ushort* sums, std::size_t featureCount, cv::Point centre, int T) {
+    const Best best = findBest(sums, featureCount);
+    const cv::Point2f finer = centroidAround(sums, best.position);
+    const cv::Point origin(centre.x / T - halfWindow, centre.y / T - halfWindow);
+    const int offset = offsetInBlock(T);
+    hit.similarity = best.similarity;
+    hit.x = (origin.x + best.position.x) * T + offset;
+    hit.y = (origin.y + best.position.y) * T + offset;
+    const auto step = static_cast<float>(T);
+    hit.subX = (static_cast<float>(origin.x) + finer.x) * step + static_cast<float>(offset);
+    hit.subY = (static_cast<float>(origin.y) + finer.y) * step + static_cast<float>(offset);
+}
+
+void dropWorseThan(float threshold, std::vector<MatchHit>& hits) {
+    const auto isWorse = [threshold](const MatchHit& hit) { return hit.similarity < threshold; };
+    hits.erase(std::remove_if(hits.begin(), hits.end(), isWorse), hits.end());
+}
+
+}  // namespace line2Dup

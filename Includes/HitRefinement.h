@@ -1,0 +1,42 @@
+#pragma once
+
+#include <opencv2/core/types.hpp>
+#include <vector>
+
+#include "Includes/Detector.h"
+#include "Includes/ResponseMaps.h"
+#include "Includes/ShapeTemplate.h"
+#include "Includes/Similarity.h"
+
+namespace line2Dup {
+
+/// Percent of the best possible sum for `featureCount` features, in float.
+inline float percentOf(int sum, std::size_t featureCount) {
+    return static_cast<float>(sum) * 100.0f / static_cast<float>(fullResponse * featureCount);
+}
+
+/// The least sum of the responses of `featureCount` features whose percentage is above the threshold; greater than any
+/// sum can be if there is none.
+int leastPassingSum(std::size_t featureCount, float threshold);
+
+/// The pixel that stands for a block of the grid of step T, relative to the block's first one.
+constexpr int offsetInBlock(int T) { return T / 2 + T % 2 - 1; }
+
+/// Where the window of a hit of the level above lies at this level: at twice the hit's position, but so that the
+/// template stays 8 grid steps away from the image's edges. If the template is too large for that, the limit at the
+/// right and bottom wins, deliberately.
+cv::Point windowCentre(const MatchHit& hit, const ShapeTemplate& level, cv::Size size, int T);
+
+/// Moves the hit to the best position of its window and sets its similarity and sub-pixel position. `sums` are the 16
+/// by 16 sums of the window in raster order.
+///
+/// The first of equal positions is the best. The sub-pixel position is the mean of the 3 by 3 positions around the best
+/// one, weighted with their sums. A window without any response puts the hit at its position (-1, -1), with similarity
+/// 0.
+void refineHit(MatchHit& hit, const ushort* sums, std::size_t featureCount, cv::Point centre, int T);
+
+/// Takes away the hits below the threshold and keeps the order of the others. A refined hit may be just at the
+/// threshold, which at the coarsest level is deliberately not enough.
+void dropWorseThan(float threshold, std::vector<MatchHit>& hits);
+
+}  // namespace line2Dup

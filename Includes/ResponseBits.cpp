@@ -1,0 +1,49 @@
+#include "Includes/ResponseBits.h"
+
+#include <opencv2/core/hal/intrin.hpp>
+
+#include "Includes/OrientationLabel.h"
+
+namespace line2Dup {
+
+namespace {
+
+constexpr int bitsInByte = 8;
+
+/// Packs "no bit of `wanted` is set" for a row of spread bytes. `bits` holds ones when it begins.
+void packMissing(const uchar* spread, int count, int wanted, uchar* bits) {
+    int i = 0;
+#if CV_SIMD128
+    const cv::v_uint8x16 mask = cv::v_setall_u8(static_cast<uchar>(wanted));
+    for (; i + 16 <= count; i += 16) {
+        const int missing = cv::v_signmask(cv::v_eq(cv::v_and(cv::v_load(spread + i), mask), cv::v_setzero_u8()));
+        bits[i / bitsInByte] = static_cast<uchar>(missing);
+        bits[i / bitsInByte + 1] = static_cast<uchar>(missing >> bitsInByte);
+    }
+#endif
+    for (; i < count; ++i) {
+        if ((spread[i] & wanted) != 0) bits[i / bitsInByte] &= static_cast<uchar>(~(1 << i % bitsInByte));
+    }
+}
+
+}  // namespace
+
+ResponseBits::ResponseBits(const cv::Mat& linearSpread, std::ptrdiff_t reach)
+    : phases_(linearSpread.rows),
+      stride_(static_cast<std::size_t>((linearSpread.cols + reach) / bitsInByte + 2)),
+      bytes_(static_cast<std::size_t>(labelCount * phases_ * copies) * stride_, uchar{255}) {
+    for (int label = 0; label < labelCount; ++label) {
+        for (int phase = 0; phase < phases_; ++phase) {
+            uchar* array = bytes_.data() + static_cast<std::size_t>((label * phases_ + phase) * copies) * stride_;
+            packMissing(linearSpread.ptr(phase), linearSpread.cols, oneHotOf(label) | neighboursOf(label), array);
+            for (int shift = 1; shift < copies; ++shift) {
+                uchar* shifted = array + static_cast<std::size_t>(shift) * stride_;
+                for (std::size_t i = 0; i + 1 < stride_; ++i) {
+                    shifted[i] = static_cast<uchar>((array[i] | array[i + 1] << bitsInByte) >> shift);
+                }
+            }
+        }
+    }
+}
+
+}  // namespace line2Dup
