@@ -2,6 +2,7 @@
 
 #include "algorithms/BinaryForLaserMachine.h"
 #include "algorithms/FindMarkPoint.h"
+#include "algorithms/IntelligentFilling.h"
 
 namespace Quorvane {
 
@@ -16,6 +17,7 @@ AlgorithmFactory::~AlgorithmFactory() = default;
 // The list is deliberately not consulted, so that a factory whose list was moved away creates algorithms as before.
 Algorithm* AlgorithmFactory::CreateAlgorithm(std::string name) {
     if (name == "BinaryForLaserMachine") return new BinaryForLaserMachine;
+    if (name == "IntelligentFilling") return new IntelligentFilling;
     if (name == "FindMarkPoint") return new FindMarkPoint;
     return nullptr;
 }

@@ -1,0 +1,143 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <memory>
+#include <opencv2/core.hpp>
+#include <opencv2/highgui.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include "algorithms/TargetExtraction.h"
+#include "tests/support/CapturedStream.h"
+#include "tests/support/VirtualScreen.h"
+
+namespace Quorvane {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using TestSupport::KeyPresser;
+using TestSupport::VirtualScreen;
+
+namespace {
+
+struct WatchedRun {
+    std::vector<cv::Point> contour;
+    std::string output;
+    std::vector<KeyPresser::Window> windows;
+
+    std::vector<std::string> Titles() const {
+        std::vector<std::string> titles;
+        for (const KeyPresser::Window& window : windows) titles.push_back(window.title);
+        return titles;
+    }
+};
+
+/// Grows the region in debug mode, with somebody who presses a key in the window `lastWindow`.
+WatchedRun Watch(const cv::Mat& image, cv::Point seed, double limit, int side, const std::string& lastWindow) {
+    WatchedRun run;
+    KeyPresser presser(lastWindow);
+    const TestSupport::CapturedStream output(std::cout);
+    run.contour = FindColourRegion(image, seed, limit, 8, side, true);
+    run.output = output.Text();
+    run.windows = presser.Windows();
+    return run;
+}
+
+bool IsOpen(const std::string& title) { return cv::getWindowProperty(title, cv::WND_PROP_AUTOSIZE) >= 0.0; }
+
+class ColourRegionDisplayTest : public testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        if (VirtualScreen::Obstacle().empty()) screen = std::make_unique<VirtualScreen>();
+    }
+    static void TearDownTestSuite() { screen.reset(); }
+
+    void SetUp() override {
+        if (!screen) GTEST_SKIP() << "debug windows are not tested: " << VirtualScreen::Obstacle();
+    }
+
+    static std::unique_ptr<VirtualScreen> screen;
+};
+
+std::unique_ptr<VirtualScreen> ColourRegionDisplayTest::screen;
+
+/// Squares of ten pixels, numbered by their gray: those of the seed's colour are a row of two and one further down.
+cv::Mat ThreeSquares() {
+    cv::Mat image(30, 40, CV_8UC3, cv::Scalar(0, 0, 0));
+    image(cv::Rect(0, 0, 20, 10)).setTo(cv::Scalar::all(255));
+    image(cv::Rect(20, 10, 10, 10)).setTo(cv::Scalar::all(255));
+    return image;
+}
+
+TEST_F(ColourRegionDisplayTest, TellsEachSquareAndTheContoursAndClosesItsWindows) {
+    // The circle around (19, 4) has (29, 4), black, as its first point.
+    const WatchedRun run = Watch(ThreeSquares(), {19, 4}, 10.0, 10, "Debug - Final Contour");
+    EXPECT_EQ(run.output,
+              "Square rejected. Diff: 255, Position: (20, 0)\n"
+              "Square 1 accepted. Diff: 0, Position: (20, 10)\n"
+              "Square 2 accepted. Diff: 0, Position: (10, 0)\n"
+              "Square rejected. Diff: 255, Position: (30, 0)\n"
+              "Square rejected. Diff: 255, Position: (10, 10)\n"
+              "Square rejected. Diff: 255, Position: (30, 10)\n"
+              "Square rejected. Diff: 255, Position: (10, 20)\n"
+              "Square rejected. Diff: 255, Position: (20, 20)\n"
+              "Square rejected. Diff: 255, Position: (30, 20)\n"
+              "Square 3 accepted. Diff: 0, Position: (0, 0)\n"
+              "Square rejected. Diff: 255, Position: (0, 10)\n"
+              "Total squares accepted: 3\n"
+              "Found 1 contours\n"
+              "Contour 0 area: 255\n"
+              "Press any key to close all windows...\n");
+    EXPECT_THAT(run.Titles(), ElementsAre("Debug - All Contours", "Debug - Current Mask", "Debug - Final Contour",
+                                          "Debug - Final Mask", "Debug - Processing Square"));
+    for (const char* title : {"Debug - Processing Square", "Debug - Current Mask", "Debug - Final Mask",
+                              "Debug - All Contours", "Debug - Final Contour"}) {
+        EXPECT_FALSE(IsOpen(title)) << title;
+    }
+}
+
+TEST_F(ColourRegionDisplayTest, OpensItsTwoWindowsWithEightHundredBySixHundredPixels) {
+    const WatchedRun run = Watch(ThreeSquares(), {19, 4}, 10.0, 10, "Debug - Final Contour");
+    int found = 0;
+    for (const KeyPresser::Window& window : run.windows) {
+        if (window.title != "Debug - Processing Square" && window.title != "Debug - Current Mask") continue;
+        EXPECT_EQ(cv::Size(window.width, window.height), cv::Size(800, 600)) << window.title;
+        ++found;
+    }
+    EXPECT_EQ(found, 2);
+}
+
+TEST_F(ColourRegionDisplayTest, ClosesGapsOfTheRegionInThisModeOnly) {
+    // One black pixel, as a square of its own, between two columns of the region.
+    cv::Mat image(3, 5, CV_8UC3, cv::Scalar::all(255));
+    image(cv::Rect(2, 0, 1, 2)).setTo(cv::Scalar::all(0));
+    const std::vector<cv::Point> open = FindColourRegion(image, {0, 0}, 10.0, 8, 1, false);
+    const WatchedRun run = Watch(image, {0, 0}, 10.0, 1, "Debug - Final Contour");
+    EXPECT_NE(run.contour, open);
+
+    cv::Mat mask = cv::Mat::zeros(image.size(), CV_8U);
+    mask.setTo(255, image.reshape(1, image.rows * image.cols).col(0).clone().reshape(1, image.rows));
+    cv::morphologyEx(mask, mask, cv::MORPH_CLOSE, cv::getStructuringElement(cv::MORPH_ELLIPSE, {3, 3}), {-1, -1}, 1,
+                     cv::BORDER_CONSTANT);
+    std::vector<std::vector<cv::Point>> contours;
+    cv::findContours(mask, contours, cv::RETR_EXTERNAL, cv::CHAIN_APPROX_SIMPLE);
+    ASSERT_EQ(contours.size(), 1U);
+    EXPECT_EQ(run.contour, contours[0]);
+}
+
+TEST_F(ColourRegionDisplayTest, WithoutARegionLeavesItsWindowsOpen) {
+    const WatchedRun run = Watch(ThreeSquares(), {19, 4}, 0.0, 40, "Debug - All Contours");
+    EXPECT_THAT(run.contour, IsEmpty());
+    EXPECT_EQ(run.output,
+              "Square rejected. Diff: 0, Position: (0, 0)\n"
+              "Total squares accepted: 0\n"
+              "Found 0 contours\n"
+              "No contours found!\n");
+    EXPECT_THAT(run.Titles(), ElementsAre("Debug - All Contours", "Debug - Current Mask", "Debug - Final Mask",
+                                          "Debug - Processing Square"));
+    EXPECT_TRUE(IsOpen("Debug - Processing Square"));
+    cv::destroyAllWindows();
+}
+
+}  // namespace
+}  // namespace Quorvane
