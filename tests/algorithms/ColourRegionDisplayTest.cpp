@@ -50,7 +50,6 @@ protected:
     static void SetUpTestSuite() {
         if (VirtualScreen::Obstacle().empty()) screen = std::make_unique<VirtualScreen>();
     }
-    static void TearDownTestSuite() { screen.reset(); }
 
     void SetUp() override {
         if (!screen) GTEST_SKIP() << "debug windows are not tested: " << VirtualScreen::Obstacle();

@@ -49,19 +49,14 @@ std::string VirtualScreen::Obstacle() {
 }
 
 VirtualScreen::VirtualScreen()
-    : server_(Start("exec Xvfb -displayfd 1 -screen 0 1600x1200x24 -nolisten tcp 2>/dev/null", serverProcess_)) {
+    : server_(Start("exec setpriv --pdeathsig TERM Xvfb -displayfd 1 -screen 0 1600x1200x24 -nolisten tcp 2>/dev/null",
+                    serverProcess_)) {
     std::array<char, 32> line{};
     if (std::fgets(line.data(), line.size(), server_) == nullptr) throw std::runtime_error("Xvfb does not start");
     const std::string display = ":" + std::to_string(std::atoi(line.data()));
     setenv("DISPLAY", display.c_str(), 1);
     setenv("GDK_BACKEND", "x11", 1);
     setenv("NO_AT_BRIDGE", "1", 1);
-}
-
-VirtualScreen::~VirtualScreen() {
-    kill(serverProcess_, SIGTERM);
-    pclose(server_);
-    unsetenv("DISPLAY");
 }
 
 // OpenCV's windows take no keys that another program merely sends them: the window has to have the focus.
@@ -107,7 +102,6 @@ std::vector<KeyPresser::Window> KeyPresser::Windows() {
 
 std::string VirtualScreen::Obstacle() { return "windows are tested under Xvfb, which this system does not have"; }
 VirtualScreen::VirtualScreen() : server_(nullptr) { throw std::runtime_error(Obstacle()); }
-VirtualScreen::~VirtualScreen() = default;
 KeyPresser::KeyPresser(const std::string&) : presser_(nullptr) {}
 KeyPresser::~KeyPresser() = default;
 void KeyPresser::Stop() {}

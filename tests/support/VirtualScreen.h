@@ -6,14 +6,15 @@
 
 namespace Quorvane::TestSupport {
 
-/// An X server without hardware, so that code that opens windows can be tested on a machine without a desktop. While
-/// it exists, the environment's DISPLAY names it. Needs the programs Xvfb and xdotool.
+/// An X server without hardware, so that code that opens windows can be tested on a machine without a desktop. From
+/// then on the environment's DISPLAY names it. Needs the programs Xvfb and xdotool.
 ///
 ///     const std::string obstacle = VirtualScreen::Obstacle();
 ///     if (!obstacle.empty()) GTEST_SKIP() << obstacle;
 ///     VirtualScreen screen;
 ///
-/// The first window of a process connects OpenCV to the display for good, so a process makes one screen only.
+/// The first window of a process connects OpenCV to the display for good, so a process makes one screen only, and the
+/// server lives as long as the process: one whose connection breaks is ended with a failure.
 class VirtualScreen {
 public:
     /// Why no windows can be tested here; empty if they can.
@@ -22,7 +23,6 @@ public:
     VirtualScreen();
     VirtualScreen(const VirtualScreen&) = delete;
     VirtualScreen& operator=(const VirtualScreen&) = delete;
-    ~VirtualScreen();
 
 private:
     int serverProcess_ = 0;

@@ -1,4 +1,4 @@
-#include "tests/geometry/VirtualScreen.h"
+#include "tests/geometry/WatchedScreen.h"
 
 // Before the headers of X11, whose macros would maim it.
 #include <opencv2/imgproc.hpp>
@@ -77,7 +77,7 @@ std::vector<NamedWindow> VisibleWindows(Display* display) {
 
 }  // namespace
 
-struct VirtualScreen::Connection {
+struct WatchedScreen::Connection {
     explicit Connection(const std::string& name) : display(XOpenDisplay(name.c_str())) {
         if (display == nullptr) throw std::runtime_error("cannot connect to Xvfb on display " + name);
         XSetErrorHandler(IgnoreError);
@@ -89,7 +89,7 @@ struct VirtualScreen::Connection {
     Display* display;
 };
 
-VirtualScreen::VirtualScreen(int width, int height) {
+WatchedScreen::WatchedScreen(int width, int height) {
     int ends[2];
     if (pipe(ends) != 0) throw std::runtime_error("no pipe");
     server_ = StartServer(std::to_string(width) + "x" + std::to_string(height) + "x24", ends[1]);
@@ -109,15 +109,15 @@ VirtualScreen::VirtualScreen(int width, int height) {
 
 // The server is left running and ends with this process: OpenCV's windows keep a connection to it for good, and a
 // process whose connection breaks is ended with a failure.
-VirtualScreen::~VirtualScreen() = default;
+WatchedScreen::~WatchedScreen() = default;
 
-std::vector<std::string> VirtualScreen::WindowTitles() const {
+std::vector<std::string> WatchedScreen::WindowTitles() const {
     std::vector<std::string> titles;
     for (const NamedWindow& window : VisibleWindows(connection_->display)) titles.push_back(window.title);
     return titles;
 }
 
-cv::Mat VirtualScreen::ScreenshotOf(const std::string& title) const {
+cv::Mat WatchedScreen::ScreenshotOf(const std::string& title) const {
     Display* display = connection_->display;
     for (const NamedWindow& named : VisibleWindows(display)) {
         if (named.title == title) XRaiseWindow(display, named.window);
@@ -136,7 +136,7 @@ cv::Mat VirtualScreen::ScreenshotOf(const std::string& title) const {
     return picture;
 }
 
-void VirtualScreen::PressSpaceIn(const std::string& title) const {
+void WatchedScreen::PressSpaceIn(const std::string& title) const {
     Display* display = connection_->display;
     for (const NamedWindow& named : VisibleWindows(display)) {
         if (named.title != title) continue;

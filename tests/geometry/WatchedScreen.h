@@ -10,13 +10,13 @@ namespace Quorvane::TestSupport {
 
 /// A screen that nobody sees, with a keyboard: an X server of its own (Xvfb) that this process talks to. Windows that
 /// the process opens for the first time appear on it. The server ends with the process.
-class VirtualScreen {
+class WatchedScreen {
 public:
     /// Starts the server and points DISPLAY to it. Throws `std::runtime_error` where there is no Xvfb.
-    VirtualScreen(int width, int height);
-    ~VirtualScreen();
-    VirtualScreen(const VirtualScreen&) = delete;
-    VirtualScreen& operator=(const VirtualScreen&) = delete;
+    WatchedScreen(int width, int height);
+    ~WatchedScreen();
+    WatchedScreen(const WatchedScreen&) = delete;
+    WatchedScreen& operator=(const WatchedScreen&) = delete;
 
     /// The titles of the windows that are shown now.
     std::vector<std::string> WindowTitles() const;
