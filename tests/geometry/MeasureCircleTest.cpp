@@ -160,20 +160,20 @@ double AmplitudeNearTheCentre(const cv::Mat& image, const cv::Point2d& center, d
 }
 
 TEST(MeasureCircle, DeliversACircleOfALowScore) {
-    // A small bar inside a wide ring. The threshold lets its narrow ends pass where they are met head on, so that two
-    // calipers reach the ring: a heap of points and two far away are no circle.
+    // A small square inside a wide ring. Calipers across its corners meet the weakest edges, and the threshold lets
+    // just these pass and reach the ring: a heap of points and four far away are no circle.
     const cv::Point2d middle(200.0, 200.0);
     const cv::Mat image = Scene({401, 401}, 240.0)
                               .Paint(Disc(middle, 180.0), 40.0)
-                              .Paint(TestSupport::Rectangle(middle, {16.0, 6.0}, 0.0), 200.0)
+                              .Paint(TestSupport::Rectangle(middle, {9.0, 9.0}, 0.0), 200.0)
                               .Blur(1.0)
                               .Gray();
-    const double headOn = AmplitudeNearTheCentre(image, middle, 0.0);
-    const double aside = AmplitudeNearTheCentre(image, middle, 1.0);
-    ASSERT_LT(headOn, aside);
+    const double atCorner = AmplitudeNearTheCentre(image, middle, 45.0);
+    const double besideIt = AmplitudeNearTheCentre(image, middle, 46.0);
+    ASSERT_LT(atCorner, besideIt);
     Circle circle;
     MeasureCircle(image, middle, 195.0, circle.center, circle.radius, circle.score, EdgePolarity::All,
-                  SearchDirection::Outward, 1.0, (headOn + aside) / 2.0, 1.0);
+                  SearchDirection::Outward, 1.0, (atCorner + besideIt) / 2.0, 1.0);
     EXPECT_LT(circle.score, 0.3);
     EXPECT_THAT(circle.center, TestSupport::NearPoint(middle, 2.0));
     EXPECT_GT(circle.radius, 10.0);

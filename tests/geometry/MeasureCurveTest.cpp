@@ -81,9 +81,10 @@ TEST(MeasureCurve, IgnoresItsLastArgument) {
 }
 
 TEST(MeasureCurve, DropsAWildPointFromTheCurveButNotFromTheMeasuredPoints) {
-    // The calipers are 8 pixels apart and read 6: a bright speck above the wave is met first by the one at 64.
+    // The calipers are 8 pixels apart and read 6: a bright speck above the wave is met first by the one at 96, where
+    // the wave is straight. A neighbour is dropped with it, as it bends towards it.
     cv::Mat image = WavePicture();
-    image(cv::Rect(63, 40, 3, 3)).setTo(255);
+    image(cv::Rect(95, 40, 3, 3)).setTo(255);
     const Curve curve = Measured(image, 160.0, 60.0, SearchDirection::TopToBottom, 8.0);
     const auto farthest = [](const std::vector<cv::Point2f>& points) {
         double distance = 0.0;
@@ -92,7 +93,7 @@ TEST(MeasureCurve, DropsAWildPointFromTheCurveButNotFromTheMeasuredPoints) {
     };
     ASSERT_THAT(curve.measuredPoints, SizeIs(20));
     EXPECT_GT(farthest(curve.measuredPoints), 8.0);
-    EXPECT_LT(farthest(curve.curvePoints), 5.0) << "the smoothing alone would leave more";
+    EXPECT_LT(farthest(curve.curvePoints), 3.0) << "the smoothing alone would leave more";
 }
 
 TEST(MeasureCurve, ResamplesThreeOrFourPointsUnsmoothed) {
