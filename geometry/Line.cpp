@@ -122,7 +122,8 @@ void Line::fromSlopeIntercept(float k, float m) {
     c = m;
     isVertical = false;
     normalizeGeneralForm();
-    direction = Normalised({1.0f, k});
+    const float length = Length(1.0f, k);
+    direction = {1.0f / length, k / length};
     linePoint = {0.0f, m};
 }
 
