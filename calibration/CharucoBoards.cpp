@@ -1,6 +1,3 @@
-#include <algorithm>
-#include <cmath>
-#include <limits>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 #include <opencv2/objdetect/aruco_detector.hpp>
@@ -103,14 +100,15 @@ struct Markers {
 };
 
 int LeastMarkerCount(int squaresX, int squaresY) {
-    return static_cast<int>(((squaresX * squaresY) / 2) * leastMarkerShare);
+    const int markerCount = squaresX * squaresY / 2;
+    return static_cast<int>(markerCount * leastMarkerShare);
 }
 
 /// The corners of all markers, in the picture and on the board. A marker that is not on the board adds to the picture's
 /// list alone; the calibration then refuses the two lists.
 void CollectCorners(const Markers& markers, const cv::aruco::CharucoBoard& board, std::vector<cv::Point2f>& imagePoints,
                     std::vector<cv::Point3f>& objectPoints) {
-    const std::vector<std::vector<cv::Point3f>> onBoard = board.getObjPoints();
+    const std::vector<std::vector<cv::Point3f>>& onBoard = board.getObjPoints();
     for (std::size_t i = 0; i < markers.ids.size(); ++i) {
         const auto id = static_cast<std::size_t>(markers.ids[i]);
         for (std::size_t corner = 0; corner < markers.corners[i].size(); ++corner) {
