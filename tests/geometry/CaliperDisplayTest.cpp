@@ -18,7 +18,7 @@
 #include <memory>
 #include <thread>
 
-#include "tests/geometry/VirtualScreen.h"
+#include "tests/support/VirtualScreen.h"
 #endif
 
 namespace Quorvane {
