@@ -1,6 +1,12 @@
+// The coarse level gives candidates, and the fine level refines each in a window of 16 by 16 positions. A copy of the
+// shape makes several candidates side by side, whose windows are shifted by 4 pixels each and overlap. The sum at a
+// place is the same in all windows, so those that begin in one cell of 32 by 32 pixels share one rectangle of sums.
+// Only where a feature's window leaves the image do the windows differ, and such a window is summed on its own.
+
 #include "Includes/FastSearch.h"
 
 #include <algorithm>
+#include <numeric>
 #include <opencv2/imgproc.hpp>
 
 #include "Includes/HitRefinement.h"
@@ -19,6 +25,20 @@ constexpr int greatestExtent = 1 << 24;
 
 bool hasUsualExtent(const ShapeTemplate& templ) {
     return templ.width >= 0 && templ.width < greatestExtent && templ.height >= 0 && templ.height < greatestExtent;
+}
+
+/// Side in pixels of the cells in which windows share their sums.
+constexpr int cellSide = 32;
+
+cv::Rect windowAround(cv::Point centre) {
+    return {centre.x - localWindow / 2, centre.y - localWindow / 2, localWindow, localWindow};
+}
+
+/// Orders windows by the cell in which they begin; cells go from left to right and then down.
+bool beginsInEarlierCell(cv::Point centreA, cv::Point centreB) {
+    const cv::Point a = windowAround(centreA).tl() / cellSide;
+    const cv::Point b = windowAround(centreB).tl() / cellSide;
+    return a.y != b.y ? a.y < b.y : a.x < b.x;
 }
 
 cv::Size halfOf(cv::Size size) { return {size.width / 2, size.height / 2}; }
@@ -80,9 +100,24 @@ void FastSearch::matchClass(float threshold, std::vector<MatchHit>& hits, const 
 void FastSearch::refine(const ShapeTemplate& templ, std::vector<MatchHit>& candidates) {
     centres_.clear();
     for (const MatchHit& hit : candidates) centres_.push_back(windowCentre(hit, templ, size_, fineStep));
-    fine_.sumAround(templ, centres_, windows_);
-    for (std::size_t i = 0; i < candidates.size(); ++i) {
-        refineHit(candidates[i], windows_[i].data(), templ.features.size(), centres_[i], fineStep);
+    order_.resize(candidates.size());
+    std::iota(order_.begin(), order_.end(), std::size_t{0});
+    std::sort(order_.begin(), order_.end(),
+              [this](std::size_t a, std::size_t b) { return beginsInEarlierCell(centres_[a], centres_[b]); });
+    for (std::size_t begin = 0; begin < order_.size();) {
+        const cv::Point first = centres_[order_[begin]];
+        cv::Rect origins = windowAround(first);
+        std::size_t end = begin + 1;
+        for (; end < order_.size() && !beginsInEarlierCell(first, centres_[order_[end]]); ++end) {
+            origins |= windowAround(centres_[order_[end]]);
+        }
+        const bool shared = fine_.holds(templ, origins);
+        const cv::Mat sums = shared ? fine_.sumsIn(templ, origins) : cv::Mat();
+        for (; begin < end; ++begin) {
+            const cv::Point centre = centres_[order_[begin]];
+            const cv::Mat window = shared ? sums(windowAround(centre) - origins.tl()) : fine_.sumsAround(templ, centre);
+            refineHit(candidates[order_[begin]], window, templ.features.size(), centre, fineStep);
+        }
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <opencv2/core/mat.hpp>
 #include <string>
 #include <vector>
@@ -35,7 +36,7 @@ private:
     FineLevel fine_;
     CoarseSearch coarse_;
     std::vector<cv::Point> centres_;
-    std::vector<FineLevel::Window> windows_;
+    std::vector<std::size_t> order_;
 };
 
 }  // namespace line2Dup

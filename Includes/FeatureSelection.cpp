@@ -94,7 +94,8 @@ bool selectFeatures(std::vector<FeatureCandidate> candidates, std::size_t wanted
     }
     std::stable_sort(candidates.begin(), candidates.end(),
                      [](const FeatureCandidate& a, const FeatureCandidate& b) { return a.score > b.score; });
-    selectScattered(candidates, features, wanted, static_cast<float>(candidates.size() / wanted + 1));
+    const std::size_t spacing = candidates.size() / wanted + 1;
+    selectScattered(candidates, features, wanted, static_cast<float>(spacing));
     return true;
 }
 
@@ -111,9 +112,11 @@ void selectScattered(const std::vector<FeatureCandidate>& candidates, std::vecto
         spacing += 1.0f;
         addAllThatFit(candidates, spacing, features);
     }
-    for (spacing -= 1.0f; spacing >= leastSpacing; spacing -= 1.0f) {
+    spacing -= 1.0f;
+    while (spacing >= leastSpacing) {
         addAllThatFit(candidates, spacing, features);
         if (features.size() >= wanted) return;
+        spacing -= 1.0f;
     }
 }
 

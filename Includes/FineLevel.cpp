@@ -3,15 +3,11 @@
 // eight response maps, with step 1 and so without any spreading. The maps are as large as the image, but their memory
 // is touched only where tiles are prepared.
 //
-// Sums are formed row by row: sixteen bytes of each feature's map, in bytes as long as these cannot overflow. A copy of
-// the shape makes several hits side by side, whose windows are shifted by 4 pixels each and overlap. The sum at a place
-// is the same in all of them, so windows that begin in one cell of 32 by 32 pixels are cut from one rectangle of sums.
-// Only where a feature's window leaves the image do the windows differ, and such a window is summed on its own.
+// Sums are formed row by row: sixteen bytes of each feature's map, in bytes as long as these cannot overflow.
 
 #include "Includes/FineLevel.h"
 
 #include <algorithm>
-#include <numeric>
 #include <opencv2/core.hpp>
 #include <opencv2/core/hal/intrin.hpp>
 
@@ -27,18 +23,6 @@ constexpr int tileSide = 96;
 
 /// Features whose responses add up in a byte.
 constexpr std::size_t featuresInByteSum = byteSumLimit - 1;
-
-/// Side in pixels of the cells in which windows share their sums.
-constexpr int cellSide = 32;
-
-cv::Point originOf(cv::Point centre) { return centre - cv::Point(localWindow / 2, localWindow / 2); }
-
-/// Orders points by the cell in which they lie; negative ones share the cells at the image's edge.
-bool liesInEarlierCell(cv::Point a, cv::Point b) {
-    return a.y / cellSide != b.y / cellSide ? a.y / cellSide < b.y / cellSide : a.x / cellSide < b.x / cellSide;
-}
-
-bool liesInSameCell(cv::Point a, cv::Point b) { return !liesInEarlierCell(a, b) && !liesInEarlierCell(b, a); }
 
 /// The sums of sixteen bytes of each feature's row.
 #if CV_SIMD128
@@ -73,12 +57,6 @@ cv::Rect boxOf(const ShapeTemplate& templ) {
     cv::Rect box;
     for (const GradientFeature& feature : templ.features) box |= cv::Rect(feature.x, feature.y, 1, 1);
     return box;
-}
-
-/// Whether all features of the box stay inside the image for all origins of the template.
-bool liesInside(const cv::Rect& box, const cv::Rect& origins, cv::Size image) {
-    return origins.x + box.x >= 0 && origins.y + box.y >= 0 && origins.br().x + box.br().x - 1 <= image.width &&
-           origins.br().y + box.br().y - 1 <= image.height;
 }
 
 int tilesAlong(int length) { return (length + tileSide - 1) / tileSide; }
@@ -117,47 +95,13 @@ void FineLevel::prepareTile(cv::Point tile) {
     prepared_.at<uchar>(tile) = 1;
 }
 
-void FineLevel::sumAround(const ShapeTemplate& templ, const std::vector<cv::Point>& centres,
-                          std::vector<Window>& windows) {
+bool FineLevel::holds(const ShapeTemplate& templ, const cv::Rect& origins) const {
     const cv::Rect box = boxOf(templ);
-    windows.resize(centres.size());
-    order_.resize(centres.size());
-    std::iota(order_.begin(), order_.end(), std::size_t{0});
-    std::sort(order_.begin(), order_.end(), [&](std::size_t a, std::size_t b) {
-        return liesInEarlierCell(originOf(centres[a]), originOf(centres[b]));
-    });
-    for (std::size_t begin = 0; begin < order_.size();) {
-        const cv::Point first = originOf(centres[order_[begin]]);
-        cv::Rect origins(first, cv::Size(localWindow, localWindow));
-        std::size_t end = begin + 1;
-        for (; end < order_.size() && liesInSameCell(first, originOf(centres[order_[end]])); ++end) {
-            origins |= cv::Rect(originOf(centres[order_[end]]), cv::Size(localWindow, localWindow));
-        }
-        const bool shared = liesInside(box, origins, image_.size());
-        if (shared) sumRect(templ, origins);
-        for (; begin < end; ++begin) {
-            const cv::Point centre = centres[order_[begin]];
-            Window& window = windows[order_[begin]];
-            if (shared) {
-                const cv::Rect part(originOf(centre) - origins.tl(), cv::Size(localWindow, localWindow));
-                sums_(part).copyTo(cv::Mat(part.size(), CV_16U, window.data()));
-            } else {
-                sumAlone(templ, centre, window);
-            }
-        }
-    }
+    return origins.x + box.x >= 0 && origins.y + box.y >= 0 && origins.br().x + box.br().x - 1 <= image_.cols &&
+           origins.br().y + box.br().y - 1 <= image_.rows;
 }
 
-void FineLevel::sumAlone(const ShapeTemplate& templ, cv::Point centre, Window& window) {
-    prepare(cv::Rect(cv::Point(), image_.size()));
-    std::vector<cv::Mat> linearMemories;
-    for (const cv::Mat& map : responses_) linearMemories.push_back(map.reshape(1, 1));
-    cv::Mat sums;
-    similarityLocal(linearMemories, templ, sums, image_.size(), 1, centre);
-    std::copy_n(sums.ptr<ushort>(), window.size(), window.begin());
-}
-
-void FineLevel::sumRect(const ShapeTemplate& templ, const cv::Rect& origins) {
+const cv::Mat& FineLevel::sumsIn(const ShapeTemplate& templ, const cv::Rect& origins) {
     features_.clear();
     for (const GradientFeature& feature : templ.features) {
         const cv::Rect places = origins + cv::Point(feature.x, feature.y);
@@ -174,6 +118,16 @@ void FineLevel::sumRect(const ShapeTemplate& templ, const cv::Rect& origins) {
             addSixteens(features_, offset + static_cast<std::size_t>(column), sums_.ptr<ushort>(r) + column);
         }
     }
+    return sums_;
+}
+
+cv::Mat FineLevel::sumsAround(const ShapeTemplate& templ, cv::Point centre) {
+    prepare(cv::Rect(cv::Point(), image_.size()));
+    std::vector<cv::Mat> linearMemories;
+    for (const cv::Mat& map : responses_) linearMemories.push_back(map.reshape(1, 1));
+    cv::Mat sums;
+    similarityLocal(linearMemories, templ, sums, image_.size(), 1, centre);
+    return sums;
 }
 
 }  // namespace line2Dup

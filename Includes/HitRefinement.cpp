@@ -18,27 +18,36 @@ struct Best {
     float similarity = 0.0f;
 };
 
-Best findBest(const ushort* sums, std::size_t featureCount) {
+Best findBest(const cv::Mat& sums, std::size_t featureCount) {
     // Different sums have different percentages, so the first greatest sum is the first greatest percentage.
-    const ushort* end = sums + localWindow * localWindow;
     ushort greatest = 0;
-    for (const ushort* sum = sums; sum != end; ++sum) greatest = *sum > greatest ? *sum : greatest;
+    int row = 0;
+    for (int r = 0; r < localWindow; ++r) {
+        const auto* values = sums.ptr<ushort>(r);
+        ushort inRow = 0;
+        for (int c = 0; c < localWindow; ++c) inRow = values[c] > inRow ? values[c] : inRow;
+        if (inRow > greatest) {
+            greatest = inRow;
+            row = r;
+        }
+    }
     Best best;
     const float similarity = percentOf(greatest, featureCount);
     if (similarity > best.similarity) {
-        const auto index = static_cast<int>(std::find(sums, end, greatest) - sums);
-        best = {{index % localWindow, index / localWindow}, similarity};
+        const auto* values = sums.ptr<ushort>(row);
+        best = {{static_cast<int>(std::find(values, values + localWindow, greatest) - values), row}, similarity};
     }
     return best;
 }
 
-cv::Point2f centroidAround(const ushort* sums, cv::Point best) {
+cv::Point2f centroidAround(const cv::Mat& sums, cv::Point best) {
     float weights = 0.0f;
     float weightedX = 0.0f;
     float weightedY = 0.0f;
     for (int y = std::max(best.y - 1, 0); y <= std::min(best.y + 1, localWindow - 1); ++y) {
+        const auto* row = sums.ptr<ushort>(y);
         for (int x = std::max(best.x - 1, 0); x <= std::min(best.x + 1, localWindow - 1); ++x) {
-            const float weight = sums[y * localWindow + x];
+            const float weight = row[x];
             weights += weight;
             weightedX += weight * static_cast<float>(x);
             weightedY += weight * static_cast<float>(y);
@@ -65,7 +74,7 @@ cv::Point windowCentre(const MatchHit& hit, const ShapeTemplate& level, cv::Size
             std::min(std::max(hit.y * levelFactor + 1, border), maxY)};
 }
 
-void refineHit(MatchHit& hit, const ushort* sums, std::size_t featureCount, cv::Point centre, int T) {
+void refineHit(MatchHit& hit, const cv::Mat& sums, std::size_t featureCount, cv::Point centre, int T) {
     const Best best = findBest(sums, featureCount);
     const cv::Point2f finer = centroidAround(sums, best.position);
     const cv::Point origin(centre.x / T - halfWindow, centre.y / T - halfWindow);

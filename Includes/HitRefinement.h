@@ -1,6 +1,6 @@
 #pragma once
 
-#include <opencv2/core/types.hpp>
+#include <opencv2/core/mat.hpp>
 #include <vector>
 
 #include "Includes/Detector.h"
@@ -27,13 +27,13 @@ constexpr int offsetInBlock(int T) { return T / 2 + T % 2 - 1; }
 /// right and bottom wins, deliberately.
 cv::Point windowCentre(const MatchHit& hit, const ShapeTemplate& level, cv::Size size, int T);
 
-/// Moves the hit to the best position of its window and sets its similarity and sub-pixel position. `sums` are the 16
-/// by 16 sums of the window in raster order.
+/// Moves the hit to the best position of its window and sets its similarity and sub-pixel position. `sums` (CV_16U) are
+/// the 16 by 16 sums of the window.
 ///
 /// The first of equal positions is the best. The sub-pixel position is the mean of the 3 by 3 positions around the best
 /// one, weighted with their sums. A window without any response puts the hit at its position (-1, -1), with similarity
 /// 0.
-void refineHit(MatchHit& hit, const ushort* sums, std::size_t featureCount, cv::Point centre, int T);
+void refineHit(MatchHit& hit, const cv::Mat& sums, std::size_t featureCount, cv::Point centre, int T);
 
 /// Takes away the hits below the threshold and keeps the order of the others. A refined hit may be just at the
 /// threshold, which at the coarsest level is deliberately not enough.

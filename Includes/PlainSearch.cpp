@@ -102,7 +102,7 @@ void matchClass(const std::vector<LevelMemories>& levels, float threshold, std::
             for (MatchHit& hit : candidates) {
                 const cv::Point centre = windowCentre(hit, templ, level.size, level.step);
                 const cv::Mat sums = sumAround(level, templ, centre);
-                refineHit(hit, sums.ptr<ushort>(), templ.features.size(), centre, level.step);
+                refineHit(hit, sums, templ.features.size(), centre, level.step);
             }
             dropWorseThan(threshold, candidates);
         }

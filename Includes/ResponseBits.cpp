@@ -30,15 +30,15 @@ void packMissing(const uchar* spread, int count, int wanted, uchar* bits) {
 
 ResponseBits::ResponseBits(const cv::Mat& linearSpread, std::ptrdiff_t reach)
     : phases_(linearSpread.rows),
-      stride_(static_cast<std::size_t>((linearSpread.cols + reach) / bitsInByte + 2)),
-      bytes_(static_cast<std::size_t>(labelCount * phases_ * copies) * stride_, uchar{255}) {
+      stride_((linearSpread.cols + reach) / bitsInByte + 2),
+      bytes_(static_cast<std::size_t>(std::ptrdiff_t{labelCount} * phases_ * copies * stride_), uchar{255}) {
+    uchar* array = bytes_.data();
     for (int label = 0; label < labelCount; ++label) {
-        for (int phase = 0; phase < phases_; ++phase) {
-            uchar* array = bytes_.data() + static_cast<std::size_t>((label * phases_ + phase) * copies) * stride_;
+        for (int phase = 0; phase < phases_; ++phase, array += copies * stride_) {
             packMissing(linearSpread.ptr(phase), linearSpread.cols, oneHotOf(label) | neighboursOf(label), array);
             for (int shift = 1; shift < copies; ++shift) {
-                uchar* shifted = array + static_cast<std::size_t>(shift) * stride_;
-                for (std::size_t i = 0; i + 1 < stride_; ++i) {
+                uchar* shifted = array + shift * stride_;
+                for (std::ptrdiff_t i = 0; i + 1 < stride_; ++i) {
                     shifted[i] = static_cast<uchar>((array[i] | array[i + 1] << bitsInByte) >> shift);
                 }
             }

@@ -19,16 +19,15 @@ public:
 
     /// The bits of a label and phase from position `first` on.
     const uchar* from(int label, int phase, std::ptrdiff_t first) const {
-        const auto array =
-            static_cast<std::size_t>((label * phases_ + phase) * copies + static_cast<int>(first % copies));
-        return bytes_.data() + array * stride_ + static_cast<std::size_t>(first / copies);
+        const std::ptrdiff_t array = (std::ptrdiff_t{label} * phases_ + phase) * copies + first % copies;
+        return bytes_.data() + array * stride_ + first / copies;
     }
 
 private:
     static constexpr int copies = 8;
 
     int phases_;
-    std::size_t stride_;
+    std::ptrdiff_t stride_;
     std::vector<uchar> bytes_;
 };
 

@@ -99,10 +99,10 @@ void Jobs(benchmark::internal::Benchmark* benchmark) {
     for (const int templates : {wholeAngles, allAngles}) {
         benchmark->Args({templates, 640, 480, 4, 80});
         benchmark->Args({templates, 1280, 960, 4, 80});
-        benchmark->Args({templates, 1920, 1088, 4, 80});
-        benchmark->Args({templates, 4000, 3008, 4, 80});
+        benchmark->Args({templates, 1920, 1080, 4, 80});
+        benchmark->Args({templates, 4000, 3000, 4, 80});
     }
-    for (const int copies : {0, 12, 200}) benchmark->Args({allAngles, 4000, 3008, copies, 80});
+    for (const int copies : {0, 12, 200}) benchmark->Args({allAngles, 4000, 3000, copies, 80});
     for (const int copies : {0, 12, 48}) benchmark->Args({allAngles, 1280, 960, copies, 80});
     for (const int threshold : {50, 60, 70, 90}) benchmark->Args({allAngles, 1280, 960, 4, threshold});
 }
