@@ -18,15 +18,7 @@
 #include <memory>
 #include <thread>
 
-#include "tests/geometry/WatchedScreen.h"
-#endif
-
-#if defined(__SANITIZE_ADDRESS__)
-/// What the window toolkit keeps to the end of the process is not ours to free. Asked for by name by the sanitizer.
-extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions();
-extern "C" const char* __lsan_default_suppressions() {
-    return "leak:libdbus\nleak:libglib\nleak:libgtk\nleak:libgdk\nleak:libfontconfig\n";
-}
+#include "tests/support/VirtualScreen.h"
 #endif
 
 namespace Quorvane {
@@ -36,7 +28,7 @@ namespace {
 
 using testing::HasSubstr;
 using testing::UnorderedElementsAre;
-using TestSupport::WatchedScreen;
+using TestSupport::VirtualScreen;
 using UtilityFunctions::EdgeCaliper;
 
 /// What somebody in front of the screen saw.
@@ -69,7 +61,7 @@ const cv::Scalar red(0, 0, 255);
 const cv::Scalar white(255, 255, 255);
 
 /// Looks at both windows, each in front of the other. Returns whether they show what they should.
-bool LookAtWindows(const WatchedScreen& screen, Witness& witness) {
+bool LookAtWindows(const VirtualScreen& screen, Witness& witness) {
     witness.titles = screen.WindowTitles();
     for (const std::string& title : witness.titles) {
         const bool isResults = title.rfind("Measurement Results", 0) == 0;
@@ -79,7 +71,7 @@ bool LookAtWindows(const WatchedScreen& screen, Witness& witness) {
 }
 
 /// Waits for both windows to be drawn and presses keys until they are gone.
-Witness WatchAndPressKeys(const WatchedScreen& screen, const std::future<void>& closed) {
+Witness WatchAndPressKeys(const VirtualScreen& screen, const std::future<void>& closed) {
     Witness witness;
     Await([&] { return LookAtWindows(screen, witness); });
     Await([&] {
@@ -94,7 +86,7 @@ protected:
     void SetUp() override {
         if (cv::currentUIFramework().empty()) GTEST_SKIP() << "this OpenCV was built without windows";
         try {
-            static const auto theScreen = std::make_unique<WatchedScreen>(1400, 1000);
+            static const auto theScreen = std::make_unique<VirtualScreen>(1400, 1000);
             screen_ = theScreen.get();
         } catch (const std::runtime_error& failure) {
             GTEST_SKIP() << "there is no screen to show windows on: " << failure.what();
@@ -115,7 +107,7 @@ protected:
         return witness.get();
     }
 
-    WatchedScreen* screen_ = nullptr;
+    VirtualScreen* screen_ = nullptr;
     std::string output_;
 };
 

@@ -1,57 +1,40 @@
 #pragma once
 
-#include <cstdio>
+#include <sys/types.h>
+#include <memory>
+#include <opencv2/core/mat.hpp>
 #include <string>
 #include <vector>
 
 namespace Quorvane::TestSupport {
 
-/// An X server without hardware, so that code that opens windows can be tested on a machine without a desktop. From
-/// then on the environment's DISPLAY names it. Needs the programs Xvfb and xdotool.
-///
-///     const std::string obstacle = VirtualScreen::Obstacle();
-///     if (!obstacle.empty()) GTEST_SKIP() << obstacle;
-///     VirtualScreen screen;
-///
-/// The first window of a process connects OpenCV to the display for good, so a process makes one screen only, and the
-/// server lives as long as the process: one whose connection breaks is ended with a failure.
+/// A screen that nobody sees, with a keyboard: an X server of its own (Xvfb) that this process talks to. Windows that
+/// the process opens for the first time appear on it. The server ends with the process.
 class VirtualScreen {
 public:
-    /// Why no windows can be tested here; empty if they can.
-    static std::string Obstacle();
-
-    VirtualScreen();
+    /// Starts the server and points DISPLAY to it. Throws `std::runtime_error` where there is no Xvfb.
+    VirtualScreen(int width, int height);
+    ~VirtualScreen();
     VirtualScreen(const VirtualScreen&) = delete;
     VirtualScreen& operator=(const VirtualScreen&) = delete;
 
-private:
-    int serverProcess_ = 0;
-    std::FILE* server_;
-};
+    /// The titles of the windows that are shown now.
+    std::vector<std::string> WindowTitles() const;
 
-/// Somebody who sits before the screen: waits in a process of its own until a window with the given title is open,
-/// notes down all windows and presses the space bar in it, again and again until this object is destroyed.
-class KeyPresser {
-public:
-    explicit KeyPresser(const std::string& title);
-    KeyPresser(const KeyPresser&) = delete;
-    KeyPresser& operator=(const KeyPresser&) = delete;
-    ~KeyPresser();
+    /// The size of the window of this title, without what a desktop draws around it; empty if there is none.
+    cv::Size SizeOf(const std::string& title) const;
 
-    struct Window {
-        std::string title;
-        int width = 0;
-        int height = 0;
-    };
-    /// The windows that were open when the key was first pressed, by title. Ends the pressing.
-    std::vector<Window> Windows();
+    /// What the screen shows with the window of this title in front: three channels blue, green, red.
+    cv::Mat ScreenshotOf(const std::string& title) const;
+
+    /// Presses and releases the space bar, with the pointer over the window of this title.
+    void PressSpaceIn(const std::string& title) const;
 
 private:
-    void Stop();
+    struct Connection;
 
-    int process_ = 0;
-    std::FILE* presser_;
-    std::string notes_;
+    pid_t server_ = -1;
+    std::unique_ptr<Connection> connection_;
 };
 
 }  // namespace Quorvane::TestSupport
