@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <fstream>
 
 namespace Quorvane::CameraCalibration {
@@ -29,6 +30,17 @@ bool IsXmlCutInAnAttribute(const std::string& fileName) {
     return last != std::string::npos && end[last] == '=';
 }
 
+/// OpenCV reads the sizes of a many-dimensional matrix into an array of fixed length without looking, and takes the
+/// memory for a matrix before it sees that the file holds fewer elements.
+void RefuseImpossibleSizes(const cv::FileNode& node) {
+    CV_Assert(node["sizes"].size() <= CV_MAX_DIM);
+    const auto rows = static_cast<std::int64_t>(static_cast<int>(node["rows"]));
+    const auto columns = static_cast<std::int64_t>(static_cast<int>(node["cols"]));
+    const auto elements = static_cast<std::int64_t>(node["data"].size());
+    if (rows > 0 && columns > 0) CV_Assert(rows * columns <= elements);
+    for (const cv::FileNode& size : node["sizes"]) CV_Assert(static_cast<int>(size) <= elements);
+}
+
 }  // namespace
 
 bool OpenStoredDocument(cv::FileStorage& document, const std::string& fileName) {
@@ -40,8 +52,7 @@ bool OpenStoredDocument(cv::FileStorage& document, const std::string& fileName) 
 }
 
 cv::Mat ReadStoredMatrix(const cv::FileNode& node) {
-    // OpenCV reads the sizes of a many-dimensional matrix into an array of this length without looking.
-    if (node.isMap()) CV_Assert(node["sizes"].size() <= CV_MAX_DIM);
+    if (node.isMap()) RefuseImpossibleSizes(node);
     cv::Mat matrix;
     cv::read(node, matrix, cv::Mat());
     return matrix;
