@@ -23,8 +23,7 @@ namespace Quorvane {
 ///
 /// An even "MaskSize" is raised by one. Thresholds outside the range are limited to it; they are read as floats. The
 /// one result is the destination image: 8-bit, one channel, of the size of the source. An empty source gives status 2
-/// and
-/// "[BinaryForLaserMachine]Image is empty!"; the next run that has a picture clears the message.
+/// and "[BinaryForLaserMachine]Image is empty!"; the next run that has a picture clears the message.
 /// A source of other than one or three channels, or a negative "MaskSize", gets what OpenCV makes of an empty image
 /// or of a window of negative size.
 class BinaryForLaserMachine : public Algorithm {
