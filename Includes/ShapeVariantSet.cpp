@@ -21,7 +21,11 @@ std::vector<float> ValuesOf(const std::vector<float>& range, float step, float e
     std::vector<float> values;
     if (range.size() != 2) return values;
     // Added up in float on purpose: it decides how many values there are and what the angles of all hits are.
-    for (float value = range[0]; value <= range[1] + eps; value += step) values.push_back(value);
+    float value = range[0];
+    while (value <= range[1] + eps) {
+        values.push_back(value);
+        value += step;
+    }
     return values;
 }
 

@@ -3,6 +3,10 @@
 
 #include <benchmark/benchmark.h>
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -55,6 +59,9 @@ double MemoryInMegabytes(const std::string& name) {
 class PeakMemory {
 public:
     PeakMemory() {
+#ifdef __GLIBC__
+        malloc_trim(0);  // what earlier rows left behind would be used again, and not count
+#endif
         std::ofstream("/proc/self/clear_refs") << "5";  // the peak begins anew
         before_ = MemoryInMegabytes("VmRSS:");
     }
