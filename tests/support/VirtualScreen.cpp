@@ -21,9 +21,7 @@ namespace Quorvane::TestSupport {
 namespace {
 
 /// Windows come and go between two questions about them; a question about one that is gone has no answer.
-int IgnoreError(Display*, XErrorEvent*) {
-    return 0;
-}
+int IgnoreError(Display*, XErrorEvent*) { return 0; }
 
 /// Runs Xvfb on a display number that it chooses and writes to `numberPipe`.
 pid_t StartServer(const std::string& screen, int numberPipe) {
