@@ -50,8 +50,8 @@ cv::Mat Board(int side, int square) {
 }
 
 TEST(MatchLimits, AHitAtTheBorderIsMovedIntoItsClampedWindow) {
-    // The template's origin lies so far to the right that the template just fits, or hangs over by two pixels. Its
-    // window ends 9 pixels further left than 8 pixels from that limit allows: at the limit less 1.
+    // The template just fits at the right edge, or hangs over by two pixels. The window's centre stays 8 pixels left of
+    // the last place that fits, and 7 positions follow the centre: the window ends one pixel before that place.
     Detector detector(60, {1, 2}, weak, strong);
     const cv::Mat picture = PartPicture(100.0, 160);
     const QuietOutput quiet;
