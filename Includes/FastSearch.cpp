@@ -20,7 +20,8 @@ namespace {
 constexpr int fineStep = 1;
 
 /// Extents in pixels up to this leave room for all sums of coordinates. Larger ones come from rotations about points
-/// far out of any image.
+/// far out of any image. There an extent may have wrapped in an int, but never to usual values at both levels: the
+/// coarse one is half of the fine one before either wraps.
 constexpr int greatestExtent = 1 << 24;
 
 bool hasUsualExtent(const ShapeTemplate& templ) {
@@ -70,8 +71,8 @@ bool FastSearch::takesImage(const cv::Mat& source, const cv::Mat& mask, const st
 bool FastSearch::takesTemplates(const std::vector<ShapeTemplateLevels>& templates) {
     return std::all_of(templates.begin(), templates.end(), [](const ShapeTemplateLevels& levels) {
         const std::size_t coarseFeatures = levels.back().features.size();
-        return hasUsualExtent(levels.front()) && coarseFeatures > 0 && coarseFeatures < byteSumLimit &&
-               levels.front().features.size() < shortSumLimit;
+        return hasUsualExtent(levels.front()) && hasUsualExtent(levels.back()) && coarseFeatures > 0 &&
+               coarseFeatures < byteSumLimit && levels.front().features.size() < shortSumLimit;
     });
 }
 

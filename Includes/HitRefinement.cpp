@@ -1,6 +1,7 @@
 #include "Includes/HitRefinement.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace line2Dup {
 
@@ -12,6 +13,13 @@ constexpr int levelFactor = 2;
 constexpr int halfWindow = localWindow / 2;
 /// Sums of weights up to this have no centroid.
 constexpr float leastWeight = 1e-5f;
+
+/// Along one direction. In 64 bits, since templates turned about points far out of any image have any extent.
+int clampedCentre(std::int64_t position, std::int64_t imageSide, std::int64_t extent, int T) {
+    const std::int64_t border = std::int64_t{halfWindow} * T;
+    const std::int64_t centre = std::min(std::max(position * levelFactor + 1, border), imageSide - extent - border);
+    return static_cast<int>(centre);
+}
 
 struct Best {
     cv::Point position{-1, -1};
@@ -67,24 +75,21 @@ int leastPassingSum(std::size_t featureCount, float threshold) {
 }
 
 cv::Point windowCentre(const MatchHit& hit, const ShapeTemplate& level, cv::Size size, int T) {
-    const int border = halfWindow * T;
-    const int maxX = size.width - level.width - border;
-    const int maxY = size.height - level.height - border;
-    return {std::min(std::max(hit.x * levelFactor + 1, border), maxX),
-            std::min(std::max(hit.y * levelFactor + 1, border), maxY)};
+    return {clampedCentre(hit.x, size.width, level.width, T), clampedCentre(hit.y, size.height, level.height, T)};
 }
 
 void refineHit(MatchHit& hit, const cv::Mat& sums, std::size_t featureCount, cv::Point centre, int T) {
     const Best best = findBest(sums, featureCount);
     const cv::Point2f finer = centroidAround(sums, best.position);
-    const cv::Point origin(centre.x / T - halfWindow, centre.y / T - halfWindow);
+    const std::int64_t originX = std::int64_t{centre.x / T} - halfWindow;
+    const std::int64_t originY = std::int64_t{centre.y / T} - halfWindow;
     const int offset = offsetInBlock(T);
     hit.similarity = best.similarity;
-    hit.x = (origin.x + best.position.x) * T + offset;
-    hit.y = (origin.y + best.position.y) * T + offset;
+    hit.x = static_cast<int>((originX + best.position.x) * T + offset);
+    hit.y = static_cast<int>((originY + best.position.y) * T + offset);
     const auto step = static_cast<float>(T);
-    hit.subX = (static_cast<float>(origin.x) + finer.x) * step + static_cast<float>(offset);
-    hit.subY = (static_cast<float>(origin.y) + finer.y) * step + static_cast<float>(offset);
+    hit.subX = (static_cast<float>(originX) + finer.x) * step + static_cast<float>(offset);
+    hit.subY = (static_cast<float>(originY) + finer.y) * step + static_cast<float>(offset);
 }
 
 void dropWorseThan(float threshold, std::vector<MatchHit>& hits) {

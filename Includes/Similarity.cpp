@@ -55,21 +55,23 @@ LinearPlace linearPlaceOf(int x, int y, int gridWidth, int T) {
     return {(y % T) * T + x % T, static_cast<std::ptrdiff_t>(y / T) * gridWidth + x / T};
 }
 
-bool isInside(int x, int y, cv::Size size) { return x >= 0 && x < size.width && y >= 0 && y < size.height; }
+bool isInside(std::int64_t x, std::int64_t y, cv::Size size) {
+    return x >= 0 && x < size.width && y >= 0 && y < size.height;
+}
 
 /// The positions at which a template lies in the grid, counted along the grid as one flat array.
 struct Spans {
-    int x;
-    int y;
+    std::ptrdiff_t x;
+    std::ptrdiff_t y;
     std::ptrdiff_t positions;
 };
 
 Spans spansOf(const ShapeTemplate& templ, cv::Size size, int T) {
     const int gridWidth = size.width / T;
     const int gridHeight = size.height / T;
-    const int spanX = gridWidth - ((templ.width - 1) / T + 1);
-    const int spanY = gridHeight - ((templ.height - 1) / T + 1);
-    return {spanX, spanY, static_cast<std::ptrdiff_t>(spanY) * gridWidth + spanX + 1};
+    const std::ptrdiff_t spanX = gridWidth - ((std::ptrdiff_t{templ.width} - 1) / T + 1);
+    const std::ptrdiff_t spanY = gridHeight - ((std::ptrdiff_t{templ.height} - 1) / T + 1);
+    return {spanX, spanY, spanY * gridWidth + spanX + 1};
 }
 
 template <typename Sum>
@@ -99,15 +101,16 @@ template <typename Sum>
 void addAllFeaturesLocally(const std::vector<cv::Mat>& linearMemories, const ShapeTemplate& templ, cv::Mat& dst,
                            cv::Size size, int T, cv::Point centre) {
     const int gridWidth = size.width / T;
-    const int offsetX = (centre.x / T - localWindow / 2) * T;
-    const int offsetY = (centre.y / T - localWindow / 2) * T;
+    // In 64 bits: templates turned about points far out of any image have features and centres anywhere.
+    const std::int64_t offsetX = (std::int64_t{centre.x / T} - localWindow / 2) * T;
+    const std::int64_t offsetY = (std::int64_t{centre.y / T} - localWindow / 2) * T;
     std::array<uchar, vectorBytes> edge{};
     for (const GradientFeature& feature : templ.features) {
-        const int x = feature.x + offsetX;
-        const int y = feature.y + offsetY;
+        const std::int64_t x = feature.x + offsetX;
+        const std::int64_t y = feature.y + offsetY;
         if (!isInside(x, y, size)) continue;
         const cv::Mat& memory = linearMemories.at(static_cast<std::size_t>(feature.label));
-        const LinearPlace place = linearPlaceOf(x, y, gridWidth, T);
+        const LinearPlace place = linearPlaceOf(static_cast<int>(x), static_cast<int>(y), gridWidth, T);
         const uchar* row = memory.ptr(place.row);
         for (int r = 0; r < localWindow; ++r) {
             const std::ptrdiff_t first = place.column + static_cast<std::ptrdiff_t>(r) * gridWidth;

@@ -13,8 +13,9 @@ function(quorvane_code_generation target)
         target_compile_options(${target} PRIVATE -ffp-contract=off)
     endif()
     if(QUORVANE_SANITIZE)
+        # Instrumented code confuses GCC's search for uninitialised variables inside the standard library.
         target_compile_options(${target} PUBLIC -fsanitize=${QUORVANE_SANITIZE} -fno-omit-frame-pointer
-            -fno-sanitize-recover=all)
+            -fno-sanitize-recover=all $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
         target_link_options(${target} PUBLIC -fsanitize=${QUORVANE_SANITIZE})
     endif()
     if(QUORVANE_COVERAGE)

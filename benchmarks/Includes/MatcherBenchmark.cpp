@@ -6,9 +6,11 @@
 #include <iostream>
 #include <map>
 #include <sstream>
+#include <string>
 #include <tuple>
 
 #include "Includes/line2Dup.h"
+#include "benchmarks/PeakMemory.h"
 #include "tests/Includes/MatcherScenes.h"
 #include "tests/reference/PlainShapeMatcher.h"
 #include "tests/support/RandomInput.h"
@@ -87,10 +89,14 @@ void MatchLibrary(benchmark::State& state) {
     const cv::Mat& scene =
         SceneWith(static_cast<int>(state.range(1)), static_cast<int>(state.range(2)), static_cast<int>(state.range(3)));
     std::size_t hits = 0;
-    for (auto _ : state) {
+    const auto match = [&] {
         const Silence silence;
         hits = detector.match(scene, static_cast<float>(state.range(4)), {"part"}, cv::Mat()).size();
-    }
+    };
+    const Quorvane::PeakMemory memory;
+    match();
+    state.counters["peakMB"] = memory.Megabytes();
+    for (auto _ : state) match();
     state.counters["hits"] = static_cast<double>(hits);
 }
 
@@ -108,6 +114,46 @@ void Jobs(benchmark::internal::Benchmark* benchmark) {
 }
 BENCHMARK(MatchPlain)->Name("Match/plain")->Apply(Jobs)->Iterations(1);
 BENCHMARK(MatchLibrary)->Name("Match/library")->Apply(Jobs)->MinTime(0.2);
+
+/// Many classes of three neighbouring angles each, as jobs with many kinds of parts have them.
+constexpr int templatesInClass = 3;
+
+std::string ClassId(int i) { return "class" + std::to_string(i); }
+
+Detector TrainedInClasses(int classes) {
+    Detector detector(64, {1, 2}, weak, strong);
+    constexpr float centre = static_cast<float>(pictureSide) / 2.0f;
+    const cv::Mat picture = PartPicture(120.0, pictureSide);
+    for (int i = 0; i < classes; ++i) {
+        detector.addShapeTemplate(picture, ClassId(i), cv::Mat(), 0);
+        for (int k = 1; k < templatesInClass; ++k) {
+            detector.addRotatedTemplate(ClassId(i), 0, static_cast<float>(i + k), {centre, centre});
+        }
+    }
+    return detector;
+}
+
+void ClassesPlain(benchmark::State& state) {
+    const auto count = static_cast<int>(state.range(0));
+    const Detector detector = TrainedInClasses(count);
+    std::vector<Reference::TemplateClass> classes;
+    for (int i = 0; i < count; ++i) classes.push_back(Reference::TemplatesOf(detector, ClassId(i), templatesInClass));
+    const cv::Mat& scene = SceneWith(1280, 960, 4);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(Reference::MatchShapes({{1, 2}, weak}, classes, scene, 80.0f, cv::Mat()));
+    }
+}
+BENCHMARK(ClassesPlain)->Name("MatchClasses/plain")->Arg(10)->Arg(60)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+void ClassesLibrary(benchmark::State& state) {
+    const Detector detector = TrainedInClasses(static_cast<int>(state.range(0)));
+    const cv::Mat& scene = SceneWith(1280, 960, 4);
+    for (auto _ : state) {
+        const Silence silence;
+        benchmark::DoNotOptimize(detector.match(scene, 80.0f, {}, cv::Mat()));
+    }
+}
+BENCHMARK(ClassesLibrary)->Name("MatchClasses/library")->Arg(10)->Arg(60)->Unit(benchmark::kMillisecond);
 
 cv::Mat SpreadOfScene() {
     const auto pyramid = ColorGradient(weak, 64, strong).makePyramid(SceneWith(1280, 960, 12), cv::Mat());

@@ -3,11 +3,6 @@
 
 #include <benchmark/benchmark.h>
 
-#ifdef __GLIBC__
-#include <malloc.h>
-#endif
-
-#include <fstream>
 #include <iostream>
 #include <memory>
 #include <opencv2/core.hpp>
@@ -16,6 +11,7 @@
 
 #include "Includes/smartfilling.h"
 #include "algorithms/TargetExtraction.h"
+#include "benchmarks/PeakMemory.h"
 #include "framework/AlgorithmFactory.h"
 #include "geometry/ImageOperators.h"
 #include "tests/reference/PlainDominantColour.h"
@@ -44,31 +40,6 @@ public:
 private:
     std::streambuf* out_;
     std::streambuf* err_;
-};
-
-/// A figure of this process' memory in MB, as Linux tells it; 0 elsewhere.
-double MemoryInMegabytes(const std::string& name) {
-    std::ifstream status("/proc/self/status");
-    for (std::string line; std::getline(status, line);) {
-        if (line.compare(0, name.size(), name) == 0) return std::stod(line.substr(name.size() + 1)) / 1024.0;
-    }
-    return 0.0;
-}
-
-/// What is used at the highest beyond what was used at the beginning.
-class PeakMemory {
-public:
-    PeakMemory() {
-#ifdef __GLIBC__
-        malloc_trim(0);  // what earlier rows left behind would be used again, and not count
-#endif
-        std::ofstream("/proc/self/clear_refs") << "5";  // the peak begins anew
-        before_ = MemoryInMegabytes("VmRSS:");
-    }
-    double Megabytes() const { return MemoryInMegabytes("VmHWM:") - before_; }
-
-private:
-    double before_ = 0.0;
 };
 
 cv::Size SizeOfWidth(int width) { return {width, width == 1920 ? 1080 : width * 3 / 4}; }

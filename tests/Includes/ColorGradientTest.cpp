@@ -166,6 +166,21 @@ TEST(QuantiseByVote, LetsTheEdgeVoteForLabelZeroAndFoldsOppositeDirections) {
     EXPECT_EQ(quantised.at<uchar>(3, 3), 1 << 2);
 }
 
+TEST(QuantiseByVote, RoundsAnglesBetweenTwoLabelsToTheEvenOne) {
+    const auto labelOf = [](float degrees) {
+        const cv::Mat angle(7, 7, CV_32F, cv::Scalar(degrees));
+        cv::Mat quantised;
+        quantiseByVote(cv::Mat(7, 7, CV_32F, cv::Scalar(1.0)), quantised, angle, 0.0f);
+        return getLabel(quantised.at<uchar>(3, 3));
+    };
+    EXPECT_EQ(labelOf(11.25f), 0);
+    EXPECT_EQ(labelOf(33.75f), 2);
+    EXPECT_EQ(labelOf(11.5f), 1);
+    EXPECT_EQ(labelOf(33.5f), 1);
+    EXPECT_EQ(labelOf(355.0f), 0);
+    EXPECT_EQ(labelOf(360.0f), 0);
+}
+
 TEST(Downsample, HalvesImageMaskAndFeatureCount) {
     const cv::Mat image = RandomInput(344).Image({37, 25}, 3);
     cv::Mat mask = cv::Mat::zeros(25, 37, CV_8U);
