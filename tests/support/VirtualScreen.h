@@ -1,6 +1,5 @@
 #pragma once
 
-#include <sys/types.h>
 #include <memory>
 #include <opencv2/core/mat.hpp>
 #include <string>
@@ -33,7 +32,6 @@ public:
 private:
     struct Connection;
 
-    pid_t server_ = -1;
     std::unique_ptr<Connection> connection_;
 };
 
