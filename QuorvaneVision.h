@@ -2,6 +2,8 @@
 
 /// Everything that a host of QuorvaneVision can use, in one line.
 
+#include "calibration/CameraCalibration.h"
+#include "calibration/CameraCalibrator.h"
 #include "framework/Algorithm.h"
 #include "framework/AlgorithmFactory.h"
 #include "framework/AlgorithmParameters.h"

@@ -81,14 +81,27 @@ std::ptrdiff_t mostPositions(const std::vector<ShapeTemplateLevels>& templates, 
     return most;
 }
 
-/// Bits that are read behind the last position: those of the lowest feature of all templates, and a block.
-std::ptrdiff_t reachOf(const std::vector<ShapeTemplateLevels>& templates, cv::Size grid) {
-    int lowest = 0;
-    for (const ShapeTemplateLevels& levels : templates) {
-        for (const GradientFeature& feature : levels.back().features) lowest = std::max(lowest, feature.y);
-    }
-    const std::ptrdiff_t rows = std::min(lowest / coarseStep, grid.height) + 1;
-    return rows * grid.width + positionsInBlock;
+/// Positions that may be read behind the last one. A block begins at one of the grid's positions, and a feature in the
+/// image moves it on by the place of one of the grid's positions, whatever the template: both are below the grid's
+/// area, so with its own 128 positions the block ends less than the area and 128 behind the last position.
+std::ptrdiff_t reachOf(cv::Size grid) { return grid.area() + positionsInBlock; }
+
+cv::Mat spreadOverBlocks(const cv::Mat& orientations) {
+    cv::Mat spread;
+    spreadOrientations(orientations, spread, coarseStep);
+    return spread;
+}
+
+cv::Mat linearised(const cv::Mat& image) {
+    cv::Mat result;
+    linearize(image, result, coarseStep);
+    return result;
+}
+
+/// Whether any percentage, 100 at most, can be above the threshold.
+bool canBePassed(float threshold) {
+    constexpr float fullPercentage = 100.0f;
+    return fullPercentage > threshold;
 }
 
 /// One feature of a template in the grid.
@@ -100,8 +113,9 @@ struct PlacedFeature {
 /// Adds a feature's responses at sixteen positions; behind the last position of the grid they are 0.
 void addSixteen(const cv::Mat& memory, const GridPlace& place, std::ptrdiff_t position, Sums& sums) {
     const std::ptrdiff_t first = place.first + position;
-    const uchar* responses = memory.ptr(place.phase) + first;
     const std::ptrdiff_t available = memory.cols - first;
+    if (available <= 0) return;
+    const uchar* responses = memory.ptr(place.phase) + first;
 #if CV_SIMD128
     if (available >= positionsInSum) {
         cv::v_store(sums.data(), cv::v_add_wrap(cv::v_load(sums.data()), cv::v_load(responses)));
@@ -204,22 +218,24 @@ private:
 }  // namespace
 
 CoarseSearch::CoarseSearch(const cv::Mat& orientations)
-    : grid_(orientations.cols / coarseStep, orientations.rows / coarseStep) {
-    spreadOrientations(orientations, spread_, coarseStep);
-    linearize(spread_, linearSpread_, coarseStep);
+    : CoarseSearch(cv::Size(orientations.cols / coarseStep, orientations.rows / coarseStep),
+                   spreadOverBlocks(orientations)) {}
+
+CoarseSearch::CoarseSearch(cv::Size grid, const cv::Mat& spread) : CoarseSearch(grid, spread, linearised(spread)) {}
+
+CoarseSearch::CoarseSearch(cv::Size grid, const cv::Mat& spread, const cv::Mat& linearSpread)
+    : grid_(grid),
+      bits_(linearSpread, reachOf(grid)),
+      furtherBits_(linearised(spreadFurther(spread)), reachOf(grid)),
+      neverMissing_(static_cast<std::size_t>(grid.area() / 8 + positionsInBlock)) {
     // Responses are formed pixel by pixel, so the maps of the reordered image are the reordered maps.
-    computeResponseMaps(linearSpread_, linearMemories_);
+    computeResponseMaps(linearSpread, linearMemories_);
 }
 
 std::vector<CoarseCandidate> CoarseSearch::find(const std::vector<ShapeTemplateLevels>& templates,
                                                 float threshold) const {
-    const std::ptrdiff_t reach = reachOf(templates, grid_);
-    cv::Mat linearFurther;
-    linearize(spreadFurther(spread_), linearFurther, coarseStep);
-    const ResponseBits bits(linearSpread_, reach);
-    const ResponseBits furtherBits(linearFurther, reach);
-    const std::vector<uchar> neverMissing(static_cast<std::size_t>(grid_.area() / 8 + positionsInBlock));
-    TemplateSearch search(linearMemories_, grid_, bits, furtherBits, neverMissing.data());
+    if (templates.empty() || !canBePassed(threshold)) return {};
+    TemplateSearch search(linearMemories_, grid_, bits_, furtherBits_, neverMissing_.data());
     std::vector<CoarseCandidate> candidates;
     for (const TemplateGroup& group : groupTemplates(templates, grid_ * coarseStep)) {
         const auto featureCount = static_cast<int>(group.features.size());

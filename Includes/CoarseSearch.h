@@ -3,6 +3,7 @@
 #include <opencv2/core/mat.hpp>
 #include <vector>
 
+#include "Includes/ResponseBits.h"
 #include "Includes/ShapeTemplate.h"
 
 namespace line2Dup {
@@ -31,9 +32,14 @@ public:
     std::vector<CoarseCandidate> find(const std::vector<ShapeTemplateLevels>& templates, float threshold) const;
 
 private:
+    CoarseSearch(cv::Size grid, const cv::Mat& spread);
+    CoarseSearch(cv::Size grid, const cv::Mat& spread, const cv::Mat& linearSpread);
+
+    // What all classes are searched with, made once.
     cv::Size grid_;
-    cv::Mat spread_;
-    cv::Mat linearSpread_;
+    ResponseBits bits_;
+    ResponseBits furtherBits_;  // of the image spread further, for groups of templates
+    std::vector<uchar> neverMissing_;
     std::vector<cv::Mat> linearMemories_;
 };
 

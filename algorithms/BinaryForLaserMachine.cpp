@@ -1,12 +1,12 @@
 #include "algorithms/BinaryForLaserMachine.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 #include <random>
 
 #include "algorithms/LocalDeviationMap.h"
+#include "algorithms/UniformDraw.h"
 
 namespace Quorvane {
 
@@ -31,19 +31,6 @@ cv::Mat GrayOf(const cv::Mat& source) {
     if (source.channels() == 3) cv::cvtColor(source, gray, cv::COLOR_BGR2GRAY);
     if (source.channels() == 1) gray = source;
     return gray;
-}
-
-/// The 32-bit Mersenne Twister with its standard parameters: the outputs of `std::mt19937`, with a state of 32-bit
-/// words where some standard libraries keep it in 64-bit ones, which compilers then cannot renew four words at a time.
-using MersenneTwister = std::mersenne_twister_engine<std::uint32_t, 32, 624, 397, 31, 0x9908b0dfU, 11, 0xffffffffU, 7,
-                                                     0x9d2c5680U, 15, 0xefc60000U, 18, 1812433253U>;
-
-/// Uniform in 0 to 1, from two outputs of the generator.
-double Draw(MersenneTwister& generator) {
-    constexpr double twoTo32 = 4294967296.0;
-    const auto first = static_cast<double>(generator());
-    const auto second = static_cast<double>(generator());
-    return (first + second * twoTo32) / (twoTo32 * twoTo32);
 }
 
 /// The local deviation, scaled to 0 to 1 over the picture. A picture without any deviation gives not-a-number.
@@ -88,7 +75,7 @@ cv::Mat ThrowDots(const cv::Mat& gray, const cv::Mat& foreground, const cv::Mat&
             } else if (!(band.low > brightness)) {
                 const float tone = (brightness - band.low) / (band.high - band.low);
                 const float probability = DotProbability(relativeContrast(deviationRow[c]), tone);
-                if (probability > Draw(generator)) dotsRow[c] = dot;
+                if (probability > DrawUniform(generator)) dotsRow[c] = dot;
             }
         }
     }

@@ -19,12 +19,11 @@ namespace Quorvane {
 /// |-----------------|------|---------|----------|----------------------------------------------------------------|
 /// | "HighThreshold" | Int  | 240     | 0 to 255 | brightness above which a foreground pixel always becomes a dot |
 /// | "LowThreshold"  | Int  | 20      | 0 to 255 | brightness below which a foreground pixel never becomes a dot  |
-/// | "MaskSize"      | Int  | 5       | odd, > 0 | side in pixels of the window for the contrast; even sizes are raised
-/// by one |
+/// | "MaskSize"      | Int  | 5       | odd, > 0 | side in pixels of the window for the contrast                  |
 ///
-/// Thresholds outside the range are limited to it; they are read as floats. The one result is the destination image:
-/// 8-bit, one channel, of the size of the source. An empty source gives status 2 and
-/// "[BinaryForLaserMachine]Image is empty!"; the next run that has a picture clears the message.
+/// An even "MaskSize" is raised by one. Thresholds outside the range are limited to it; they are read as floats. The
+/// one result is the destination image: 8-bit, one channel, of the size of the source. An empty source gives status 2
+/// and "[BinaryForLaserMachine]Image is empty!"; the next run that has a picture clears the message.
 /// A source of other than one or three channels, or a negative "MaskSize", gets what OpenCV makes of an empty image
 /// or of a window of negative size.
 class BinaryForLaserMachine : public Algorithm {

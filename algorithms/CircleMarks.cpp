@@ -172,6 +172,7 @@ void FindCircleMarks(const cv::Mat& source, double radius, double tolerance, dou
         // The limits of the Hough transform were whole pixels; these are not.
         const double found = candidate[2];
         if (found < radius - tolerance || found > radius + tolerance) continue;
+        // A score above 1 is not known to be reachable; the limit is a guard.
         const double score = std::min(1.0, static_cast<double>(CircleMarkScore(gray, candidate)));
         if (score >= minSimilarity) {
             centres.emplace_back(candidate[0], candidate[1]);
@@ -192,6 +193,7 @@ float CircleMarkScore(const cv::Mat& gray, const cv::Vec3f& candidate) {
     const int thickness = std::max(around.radius / thicknessesPerRadius, leastThickness);
     const cv::Mat inner = RingMask(patch.size(), centre, around.radius, thickness);
     const cv::Mat outer = RingMask(patch.size(), centre, around.radius + thickness, thickness);
+    // The outer ring alone is empty for a radius of 1; the search, whose radii begin at 3, is not known to get here.
     if (cv::countNonZero(inner) == 0 || cv::countNonZero(outer) == 0) return 0.0f;
     const double ringMean = cv::mean(patch, inner)[0];
     const double outerMean = cv::mean(patch, outer)[0];

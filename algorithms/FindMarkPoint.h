@@ -15,14 +15,17 @@ namespace Quorvane {
 ///     algorithm->SetParameter("SortMode", "Similarity_Descendingorder");
 ///     if (algorithm->Execute(picture, marked) == 0) x = algorithm->GetResultValues("MarkPoint_X");
 ///
-/// | Parameter       | Kind   | Default  | Range        | Meaning                                                 |
-/// |-----------------|--------|----------|--------------|---------------------------------------------------------|
-/// | "MarkPointType" | String | "Circle" |              | "Circle" or "Cross"; anything else finds nothing        |
-/// | "Radius"        | Int    | 50       | > 0          | expected radius of a mark in pixels                     |
-/// | "SimilarityMin" | Float  | 0.85     | 0 to 1       | least similarity; 1 minus it is the tolerance of the radius,
-/// as a share of it | | "SortMode"      | String | "DistToImgCenter_Ascendingorder" | | order of the results, see below
-/// | | "Width"         | none   | not set  | >= 1         | width of a cross in pixels                              |
-/// | "Height"        | none   | not set  | >= 1         | height of a cross in pixels                             |
+/// | Parameter       | Kind   | Default                          | Range  | Meaning                                |
+/// |-----------------|--------|----------------------------------|--------|----------------------------------------|
+/// | "MarkPointType" | String | "Circle"                         |        | "Circle" or "Cross"; else nothing      |
+/// | "Radius"        | Int    | 50                               | > 0    | expected radius of a mark in pixels    |
+/// | "SimilarityMin" | Float  | 0.85                             | 0 to 1 | least similarity of a mark             |
+/// | "SortMode"      | String | "DistToImgCenter_Ascendingorder" |        | order of the results, see below        |
+/// | "Width"         | none   | not set                          | >= 1   | width of a cross in pixels             |
+/// | "Height"        | none   | not set                          | >= 1   | height of a cross in pixels            |
+///
+/// A mark's radius may differ from "Radius" by (1 - "SimilarityMin") * "Radius". Any other "MarkPointType" finds
+/// nothing and leaves the results alone.
 ///
 /// "SortMode" orders by similarity ("Similarity_Ascendingorder", "Similarity_Descendingorder") or by the distance to
 /// the middle of the image ("DistToImgCenter_Ascendingorder", "DistToImgCenter_Descendingorder"). Any other text leaves
@@ -40,12 +43,13 @@ namespace Quorvane {
 /// The destination becomes a copy of the source with each mark drawn in as a dot at its centre and its circle (green
 /// and red; both black on one channel). Finding nothing is status 0 with a count of 0.
 ///
-/// | Status | Message                                                             | When                         |
-/// |--------|---------------------------------------------------------------------|------------------------------|
-/// | 2      | "[FindMarkPoint] SourceImage is invalid!"                           | the source is empty; the
-/// destination stays | | 3      | "[FindMarkPoint] Param(Radius) is invalid!"                         | "Radius" is not
-/// above 0      | | 3      | "[FindMarkPoint] Param(iCrossWidth/iCrossHeight) is invalid!"       | "Width" or "Height"
-/// is below 1 |
+/// | Status | Message                                                       | When                               |
+/// |--------|---------------------------------------------------------------|------------------------------------|
+/// | 2      | "[FindMarkPoint] SourceImage is invalid!"                     | the source is empty                |
+/// | 3      | "[FindMarkPoint] Param(Radius) is invalid!"                   | "Radius" is not above 0            |
+/// | 3      | "[FindMarkPoint] Param(iCrossWidth/iCrossHeight) is invalid!" | "Width" or "Height" is below 1     |
+///
+/// With status 2 the destination stays as it was; with status 3 it is already the copy of the source.
 ///
 /// Of the type "Cross" only the parameters are checked: no cross is searched for, and a run leaves the results alone.
 /// Pictures are 8-bit with 1, 3 or 4 channels; for others OpenCV's exception reaches the caller.

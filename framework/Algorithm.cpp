@@ -1,6 +1,7 @@
 #include "framework/Algorithm.h"
 
 #include <memory>
+#include <utility>
 
 #include "framework/NumberText.h"
 

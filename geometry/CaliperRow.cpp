@@ -17,12 +17,9 @@ constexpr double halfWidthOfRow = 2.5;
 
 double ScanAngle(SearchDirection direction) {
     switch (direction) {
-        case SearchDirection::LeftToRight:
-            return 0.0;
-        case SearchDirection::RightToLeft:
-            return CV_PI;
-        case SearchDirection::TopToBottom:
-            return CV_PI / 2.0;
+        case SearchDirection::LeftToRight: return 0.0;
+        case SearchDirection::RightToLeft: return CV_PI;
+        case SearchDirection::TopToBottom: return CV_PI / 2.0;
         default:  // the directions of circles scan upwards here, too
             return -CV_PI / 2.0;
     }

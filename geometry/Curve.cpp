@@ -14,8 +14,6 @@ const std::vector<cv::Point2f>& Curve::getCurvePoints() const {
     return curvePoints.empty() ? measuredPoints : curvePoints;
 }
 
-bool Curve::isValid() const {
-    return !curvePoints.empty() || !measuredPoints.empty();
-}
+bool Curve::isValid() const { return !curvePoints.empty() || !measuredPoints.empty(); }
 
 }  // namespace Quorvane::UtilityFunctions

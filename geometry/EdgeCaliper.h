@@ -54,7 +54,8 @@ public:
     ///
     /// Throws `std::invalid_argument`, and leaves the outputs alone, for another `transition` ("Invalid transition
     /// parameter") or `select` ("Invalid select parameter"). An image of two or more than four channels or of a depth
-    /// other than 8-bit, 16-bit, float and double reads as zero everywhere and has no edge.
+    /// other than 8-bit, 16-bit, float and double reads as zero everywhere and has no edge. Three and four channels are
+    /// converted to gray first; `cv::Exception` where `cv::cvtColor` does not know their depth.
     bool measure(const cv::Mat& image, double sigma, double threshold, const std::string& transition,
                  const std::string& select, std::vector<double>& rows, std::vector<double>& columns,
                  std::vector<double>& amplitudes, std::vector<double>& distances) const;

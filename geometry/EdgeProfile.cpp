@@ -39,8 +39,6 @@ std::vector<double> DerivativeKernel(double sigma) {
     return kernel;
 }
 
-double AmplitudeScale(double sigma) {
-    return std::sqrt(2.0 * CV_PI) * sigma;
-}
+double AmplitudeScale(double sigma) { return std::sqrt(2.0 * CV_PI) * sigma; }
 
 }  // namespace Quorvane::UtilityFunctions

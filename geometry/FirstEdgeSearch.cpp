@@ -33,7 +33,8 @@ struct Stretch {
 Stretch StretchNearImage(double centre, double rate, double extent, double margin) {
     const double toLow = (-margin - centre) / rate;
     const double toHigh = (extent + margin - centre) / rate;
-    return rate < 0.0 ? Stretch{toHigh, toLow} : Stretch{toLow, toHigh};
+    // The sign alone decides, also that of a zero: infinities come in the same order.
+    return std::signbit(rate) ? Stretch{toHigh, toLow} : Stretch{toLow, toHigh};
 }
 
 /// Limits to 0 ... most; what is not a number is replaced.

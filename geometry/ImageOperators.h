@@ -14,7 +14,8 @@ namespace Quorvane::UtilityFunctions {
 ///
 /// `intensity` is the share of the drawing in percent, limited to 0 to 100. `result` becomes an 8-bit picture of one
 /// channel, stretched to the full range from 0 to 255. The source has one channel, three, or four (with alpha); with
-/// any other count nothing happens and `result` keeps its value. An empty source gives a `cv::Exception`.
+/// any other count nothing happens and `result` keeps its value. An empty source, and depths other than 8 bits, give a
+/// `cv::Exception`. A picture without any contrast gives black.
 QUORVANE_EXPORT void ApplySketchFilter(const cv::Mat& source, cv::Mat& result, int intensity);
 
 /// Fills small gaps in large regions of like colour, each with the mean colour around it.
@@ -26,8 +27,9 @@ QUORVANE_EXPORT void ApplySketchFilter(const cv::Mat& source, cv::Mat& result, i
 /// Both tests against `areaLimit` are strict: zero lets every region count and fills nothing.
 ///
 /// Holes are painted one after the other, and a colour that was painted counts in the mean around the next hole. An
-/// empty source gives an empty result. Depths other than 8 bits, channel counts that cannot be converted to Lab, and
-/// negative radii give a `cv::Exception`.
+/// empty source gives an empty result. A fourth channel (alpha) is not compared, but painted with its mean as the
+/// others are. Depths other than 8 bits, other channel counts than three and four, and negative radii give a
+/// `cv::Exception`.
 QUORVANE_EXPORT cv::Mat fillHolesMorphologicalEnhanced(const cv::Mat& source, double colorTolerance, int areaLimit,
                                                        int closeRadius, int expandRadius);
 
@@ -36,8 +38,8 @@ QUORVANE_EXPORT cv::Mat fillHolesMorphologicalEnhanced(const cv::Mat& source, do
 /// The pixels inside, the outline included, are sorted by their Lab colour into 16 x 32 x 32 bins. Of the bin that
 /// holds most of them (of equal ones the first by L, then a, then b), the result is the pixel next to the bin's mean
 /// colour (of equal ones the first by row, then column). An empty image, an empty contour and a contour that encloses
-/// no pixel of the image give (-1, -1). Depths other than 8 bits, and channel counts that cannot be converted to Lab,
-/// give a `cv::Exception`.
+/// no pixel of the image give (-1, -1). A fourth channel (alpha) is not looked at. Depths other than 8 bits, and other
+/// channel counts than three and four, give a `cv::Exception`.
 QUORVANE_EXPORT cv::Point findDominantLABColorPointInContour(const cv::Mat& image,
                                                              const std::vector<cv::Point>& contour);
 

@@ -23,13 +23,9 @@ constexpr double samePointDistance = 1.0;
 
 constexpr float infinity = std::numeric_limits<float>::infinity();
 
-bool IsNearZero(float value) {
-    return static_cast<double>(std::abs(value)) < verticalTolerance;
-}
+bool IsNearZero(float value) { return static_cast<double>(std::abs(value)) < verticalTolerance; }
 
-float Length(float x, float y) {
-    return std::sqrt(x * x + y * y);
-}
+float Length(float x, float y) { return std::sqrt(x * x + y * y); }
 
 cv::Point2f Normalised(const cv::Point2f& v) {
     const float length = Length(v.x, v.y);
@@ -60,21 +56,13 @@ Line::Line()
       intercept(0.0f),
       isVertical(false) {}
 
-Line::Line(const cv::Point2f& p1, const cv::Point2f& p2) : Line() {
-    fromTwoPoints(p1, p2);
-}
+Line::Line(const cv::Point2f& p1, const cv::Point2f& p2) : Line() { fromTwoPoints(p1, p2); }
 
-Line::Line(const cv::Vec4f& v) : Line() {
-    fromVec4f(v);
-}
+Line::Line(const cv::Vec4f& v) : Line() { fromVec4f(v); }
 
-Line::Line(float k, float m) : Line() {
-    fromSlopeIntercept(k, m);
-}
+Line::Line(float k, float m) : Line() { fromSlopeIntercept(k, m); }
 
-Line::Line(float generalA, float generalB, float generalC) : Line() {
-    fromGeneralForm(generalA, generalB, generalC);
-}
+Line::Line(float generalA, float generalB, float generalC) : Line() { fromGeneralForm(generalA, generalB, generalC); }
 
 Line& Line::operator=(const Line& other) = default;
 Line& Line::operator=(Line&& other) noexcept = default;
@@ -134,7 +122,8 @@ void Line::fromSlopeIntercept(float k, float m) {
     c = m;
     isVertical = false;
     normalizeGeneralForm();
-    direction = Normalised({1.0f, k});
+    const float length = Length(1.0f, k);
+    direction = {1.0f / length, k / length};
     linePoint = {0.0f, m};
 }
 
@@ -148,13 +137,9 @@ void Line::fromGeneralForm(float generalA, float generalB, float generalC) {
     calculateSlopeIntercept();
 }
 
-cv::Vec4f Line::toVec4f() const {
-    return {direction.x, direction.y, linePoint.x, linePoint.y};
-}
+cv::Vec4f Line::toVec4f() const { return {direction.x, direction.y, linePoint.x, linePoint.y}; }
 
-float Line::distanceToPoint(const cv::Point2f& p) const {
-    return std::abs(a * p.x + b * p.y + c);
-}
+float Line::distanceToPoint(const cv::Point2f& p) const { return std::abs(a * p.x + b * p.y + c); }
 
 void Line::getEndPoints(cv::Point2f& p1, cv::Point2f& p2, float t) const {
     p1 = {linePoint.x - t * direction.x, linePoint.y - t * direction.y};

@@ -65,7 +65,7 @@ public:
     /// (vx, vy, x, y): the direction, then the line's point.
     cv::Vec4f toVec4f() const;
 
-    /// abs(a x + b y + c): the distance in pixels, as (a, b) is of unit length.
+    /// abs(a x + b y + c), without a division: the distance in pixels as long as (a, b) is of unit length.
     float distanceToPoint(const cv::Point2f& p) const;
 
     /// The points `t` direction vectors before and after the line's point, for drawing.

@@ -54,7 +54,9 @@ CaliperPlace Spoke(const cv::Point2f& center, const cv::Point2f& rim, SearchDire
 void MeasureCircle(const cv::Mat& image, const cv::Point2f& center, const double& radius, cv::Point2f& foundCenter,
                    double& foundRadius, double& score, EdgePolarity polarity, SearchDirection direction,
                    const double& sigma, const double& threshold, const double& angleStep) {
-    const double reach = std::abs(radius) + halfWidthOfSpoke;
+    // Centre, radius and rim are floats, which takes a spoke beyond the radius by some units of their last place.
+    constexpr double rounding = 1e-6;
+    const double reach = (1.0 + rounding) * std::abs(radius) + halfWidthOfSpoke;
     const cv::Mat gray = grayImageBetween(image, center.y - reach, center.y + reach);
     FirstEdgeSearch search(gray, halfWidthOfSpoke, sigma, threshold, polarity);
     const std::vector<cv::Point2f> rim =

@@ -104,20 +104,11 @@ template <typename Use>
 bool WithPixelReader(const cv::Mat& image, Use use) {
     if (image.empty() || image.dims > 2) return false;
     switch (image.type()) {
-        case CV_8UC1:
-            use(PixelReader<uchar>(image));
-            return true;
-        case CV_16UC1:
-            use(PixelReader<ushort>(image));
-            return true;
-        case CV_32FC1:
-            use(PixelReader<float>(image));
-            return true;
-        case CV_64FC1:
-            use(PixelReader<double>(image));
-            return true;
-        default:
-            return false;
+        case CV_8UC1: use(PixelReader<uchar>(image)); return true;
+        case CV_16UC1: use(PixelReader<ushort>(image)); return true;
+        case CV_32FC1: use(PixelReader<float>(image)); return true;
+        case CV_64FC1: use(PixelReader<double>(image)); return true;
+        default: return false;
     }
 }
 

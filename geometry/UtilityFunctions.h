@@ -4,7 +4,7 @@
 
 #include "geometry/ChangeDetection.h"
 #include "geometry/ContourGeometry.h"
-#include "geometry/ImageOperators.h"
 #include "geometry/Curve.h"
+#include "geometry/ImageOperators.h"
 #include "geometry/Line.h"
 #include "geometry/Measurement.h"

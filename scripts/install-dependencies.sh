@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # Makes everything available that building QuorvaneVision needs: a compiler, CMake, Ninja, GoogleTest, Google
-# Benchmark, a virtual screen and an OpenCV of at least 4.9. Safe to run again at any time; what is there already is
-# left alone.
+# Benchmark and an OpenCV of at least 4.9. Safe to run again at any time; what is there already is left alone.
 #
 #   scripts/install-dependencies.sh                  installs what is missing, saying what it does
+#   scripts/install-dependencies.sh --tests          also what the tests of the debug windows need: a virtual screen
 #   scripts/install-dependencies.sh --print-prefix   prints the prefix that CMake needs to find OpenCV
 #                                                    (an empty line where it needs none) and installs nothing
 #
@@ -61,7 +61,7 @@ install_packages() {
     command -v apt-get >/dev/null 2>&1 || fail "there is no apt-get here; please install: ${missing[*]}"
     refresh_apt_lists
     say "installing ${missing[*]}"
-    as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq install -y --no-install-recommends "${missing[@]}" >"$scratch/apt.log" 2>&1 ||
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq -o DPkg::Lock::Timeout=600 install -y --no-install-recommends "${missing[@]}" >"$scratch/apt.log" 2>&1 ||
         { tail -n 20 "$scratch/apt.log" >&2; fail "APT could not install: ${missing[*]}"; }
 }
 
@@ -82,11 +82,17 @@ CMAKE
     cmake "${generator[@]}" -S "$probe" -B "$probe/build" ${1:+-DCMAKE_PREFIX_PATH="$1"} ${OpenCV_DIR:+-DOpenCV_DIR="$OpenCV_DIR"} >/dev/null 2>&1
 }
 
+opencv_candidate() { apt-cache policy libopencv-dev 2>/dev/null | sed -n 's/^ *Candidate: //p' | grep -vx '(none)' || true; }
+
 packaged_opencv_is_new_enough() {
     command -v apt-cache >/dev/null 2>&1 || return 1
     local candidate
-    candidate=$(apt-cache policy libopencv-dev 2>/dev/null | sed -n 's/^ *Candidate: //p')
-    [ -n "$candidate" ] && [ "$candidate" != "(none)" ] && dpkg --compare-versions "$candidate" ge "$minimum_opencv"
+    candidate=$(opencv_candidate)
+    if [ -z "$candidate" ]; then
+        refresh_apt_lists
+        candidate=$(opencv_candidate)
+    fi
+    [ -n "$candidate" ] && dpkg --compare-versions "$candidate" ge "$minimum_opencv" && dpkg --compare-versions "$candidate" lt 5
 }
 
 # --- Building OpenCV from the distribution's source package -----------------------------------------------------------
@@ -100,8 +106,11 @@ mirror() {
 fetch_source() {
     local archive="opencv_$source_version+dfsg.orig.tar.xz" address
     if [ -f "$cache/$archive" ]; then return; fi
-    refresh_apt_lists
     address=$(mirror)
+    if [ -z "$address" ]; then
+        refresh_apt_lists
+        address=$(mirror)
+    fi
     [ -n "$address" ] || fail "this machine has no Debian mirror set up, so OpenCV's source package cannot be fetched"
     say "fetching the source package of OpenCV $source_version (suite $source_suite)"
     local apt="$scratch/apt" keyring=/usr/share/keyrings/debian-archive-keyring.gpg
@@ -110,9 +119,13 @@ fetch_source() {
     local options=(-qq -o Dir::Etc::sourcelist="$apt/etc/sources.list" -o Dir::Etc::sourceparts="$apt/etc/sources.list.d"
         -o Dir::State::lists="$apt/lists" -o Dir::Cache="$apt/cache" -o APT::Sandbox::User=root)
     apt-get "${options[@]}" update >"$scratch/fetch.log" 2>&1 || { cat "$scratch/fetch.log" >&2; fail "the source lists of $source_suite could not be read"; }
-    # The small description file may be missing on a mirror; APT has verified every tarball that it leaves here.
+    # The small description file may be missing on a mirror, so APT's verdict on the whole does not count; what counts
+    # is that the tarball has the checksum of the signed source list. An interrupted download leaves a shorter one.
+    local checksum
+    checksum=$(apt-get "${options[@]}" source --print-uris opencv | awk -v name="$archive" '$2 == name { sub("^SHA256:", "", $4); print $4 }')
     (cd "$apt/download" && apt-get "${options[@]}" source --download-only opencv >"$scratch/fetch.log" 2>&1) || true
-    [ -f "$apt/download/$archive" ] || { cat "$scratch/fetch.log" >&2; fail "the source package of OpenCV $source_version could not be fetched"; }
+    printf '%s  %s\n' "$checksum" "$apt/download/$archive" | sha256sum --check --status 2>/dev/null ||
+        { cat "$scratch/fetch.log" >&2; fail "the source package of OpenCV $source_version could not be fetched whole; please try again"; }
     mv "$apt/download/$archive" "$cache/$archive.part" && mv "$cache/$archive.part" "$cache/$archive"
 }
 
@@ -173,20 +186,24 @@ build_opencv() {
     build_and_install
 }
 
-# --- The two ways to call this script ---------------------------------------------------------------------------------
+# --- The ways to call this script ---------------------------------------------------------------------------------
 
+with_virtual_screen=no
 case "${1:-}" in
+    --tests) with_virtual_screen=yes ;;
     --print-prefix)
         if [ -f "$stamp" ] && ! cmake_finds_opencv ""; then printf '%s\n' "$prefix"; else printf '\n'; fi
         exit 0 ;;
     "") ;;
-    *) fail "unknown argument '$1' (the only one there is: --print-prefix)" ;;
+    *) fail "unknown argument '$1' (there are --tests and --print-prefix)" ;;
 esac
 
-install_packages g++ cmake ninja-build libgtest-dev libgmock-dev libbenchmark-dev \
-    libx11-dev libxtst-dev xvfb  # a screen for the tests of the debug display
+install_packages g++ cmake ninja-build libgtest-dev libgmock-dev libbenchmark-dev
+if [ "$with_virtual_screen" = yes ]; then install_packages libx11-dev libxtst-dev xvfb; fi
 
-if cmake_finds_opencv ""; then
+if [ -n "${OpenCV_DIR:-}" ] && ! cmake_finds_opencv ""; then
+    fail "OpenCV_DIR names $OpenCV_DIR, which is not an OpenCV of at least $minimum_opencv with the modules $opencv_modules"
+elif cmake_finds_opencv ""; then
     say "an OpenCV of at least $minimum_opencv is installed"
 elif [ -f "$stamp" ] && cmake_finds_opencv "$prefix"; then
     say "using the OpenCV $source_version built earlier in $prefix"

@@ -7,7 +7,7 @@ cd "$root"
 
 command -v clang-format >/dev/null && command -v clang-tidy >/dev/null || {
     say "Installing clang-format and clang-tidy"
-    sudo=$([ "$(id -u)" -eq 0 ] || echo sudo)
+    sudo=$([ "$(id -u)" -eq 0 ] || command -v sudo) || { say "FAILED: clang-format and clang-tidy have to be installed by an administrator"; exit 1; }
     $sudo apt-get -qq update || true
     $sudo env DEBIAN_FRONTEND=noninteractive apt-get -qq install -y --no-install-recommends clang-format clang-tidy
 }
@@ -17,6 +17,6 @@ git ls-files -z '*.h' '*.cpp' | xargs -0 clang-format --dry-run --Werror || { sa
 
 say "clang-tidy"
 git ls-files -z 'framework/*.cpp' 'algorithms/*.cpp' 'Includes/*.cpp' 'calibration/*.cpp' 'geometry/*.cpp' |
-    xargs -0 -n 1 -P "$(nproc)" clang-tidy -p build/release --quiet 2>/dev/null || { say "FAILED: clang-tidy"; exit 1; }
+    xargs -0 -n 1 -P "$(nproc)" clang-tidy -p build/release --quiet 2>"$root/build/.clang-tidy.log" || { cat "$root/build/.clang-tidy.log"; say "FAILED: clang-tidy"; exit 1; }
 
 say "DONE: format and lint"

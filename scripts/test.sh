@@ -6,6 +6,7 @@ set -euo pipefail
 source "$(dirname "$0")/common.sh"
 
 preset=${QUORVANE_PRESET:-release}
+dependencies_for=--tests
 build_preset "$preset"
 say "Testing ($preset)"
 (cd "$root" && ctest --preset "$preset" --progress -j "$(nproc)" "$@") || { say "FAILED: tests ($preset)"; exit 1; }

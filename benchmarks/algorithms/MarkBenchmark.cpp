@@ -1,18 +1,21 @@
 // Mark points: what a run costs, what OpenCV's own calls cost in it, and how far the found marks are from the true
 // ones.
 //
-// Rows of FindMarkPoint and its floor: the floor makes the same OpenCV calls in the same order on the same picture,
-// with everything else (candidates, rings' places, texts, order) known beforehand. Both are timed turn by turn in one
-// row, so that a slow moment of the machine falls on both; "own share" is the library's part of a run, in percent.
+// Rows of FindMarkPoint, its plain formulation and its floor: the plain run takes the search of the tests' reference;
+// the floor makes the library's OpenCV calls in the same order on the same picture, with everything else (accepted
+// marks, rings' places, texts, order) known beforehand. All three are timed turn by turn in one row, so that a slow
+// moment of the machine falls on each; "own share" is the library's part of a run above the floor, in percent.
 //
 // Rows of accuracy: "mean px" and "worst px" are distances of found centres to the true ones, "radius px" the mean
-// difference of radii; "found" and "rendered" count marks, "false" counts finds that are no mark.
+// difference of radii; "found" and "rendered" count marks, "false" counts finds that are no mark. The last row is all
+// of the others together.
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <memory>
 #include <opencv2/imgproc.hpp>
 #include <string>
@@ -20,6 +23,7 @@
 
 #include "algorithms/CircleMarks.h"
 #include "framework/AlgorithmFactory.h"
+#include "tests/reference/PlainCircleMarks.h"
 #include "tests/support/MarkPlate.h"
 #include "tests/support/Scene.h"
 
@@ -76,31 +80,53 @@ void FloorOfScore(const cv::Mat& gray, const cv::Vec3f& candidate) {
     if (!contours.empty()) benchmark::DoNotOptimize(cv::arcLength(contours[0], true));
 }
 
-/// OpenCV's calls of one run for marks of a radius of at least 9.
-void Floor(const cv::Mat& source, cv::Mat& destination, double radius) {
+/// The whole numbers of a search for marks of a radius of at least 9.
+Reference::CircleSearch SearchFor(double radius) {
     const double tolerance = (1.0 - similarityMin) * radius;
-    const int opening = std::max(static_cast<int>(radius) / 3, 3);
     const int third = static_cast<int>(radius / 3.0);
-    const int blur = std::max(third % 2 != 0 ? third : static_cast<int>(radius / 3.0 + 1.0), 3);
+    return {std::max(third % 2 != 0 ? third : static_cast<int>(radius / 3.0 + 1.0), 3), false,
+            std::max(static_cast<int>(radius) / 3, 3), static_cast<int>(std::max(3.0, radius - tolerance)),
+            static_cast<int>(radius + tolerance)};
+}
+
+std::vector<Reference::CircleMark> PlainMarks(const cv::Mat& source, double radius) {
+    return Reference::CircleMarks(source, radius, (1.0 - similarityMin) * radius, similarityMin, SearchFor(radius));
+}
+
+void Draw(const std::vector<Reference::CircleMark>& marks, cv::Mat& destination) {
+    for (const Reference::CircleMark& mark : marks) {
+        const cv::Point centre(cvRound(mark.centre.x), cvRound(mark.centre.y));
+        cv::circle(destination, centre, 1, cv::Scalar(0, 255, 0), cv::FILLED);
+        cv::circle(destination, centre, cvRound(mark.radius), cv::Scalar(0, 0, 255), 1);
+    }
+}
+
+/// A run without the texts and the order of the results.
+void Plain(const cv::Mat& source, cv::Mat& destination, double radius) {
+    destination = source.clone();
+    Draw(PlainMarks(source, radius), destination);
+}
+
+/// OpenCV's calls of one run for marks of a radius of at least 9, of which `accepted` are drawn.
+void Floor(const cv::Mat& source, cv::Mat& destination, double radius,
+           const std::vector<Reference::CircleMark>& accepted) {
+    const double tolerance = (1.0 - similarityMin) * radius;
+    const Reference::CircleSearch search = SearchFor(radius);
     destination = source.clone();
     cv::Mat working;
     source.convertTo(working, -1, 1.0, 0.0);
     cv::Mat gray;
     cv::cvtColor(working, gray, cv::COLOR_BGR2GRAY);
-    cv::GaussianBlur(gray, gray, cv::Size(blur, blur), 2.0, 2.0);
+    cv::GaussianBlur(gray, gray, cv::Size(search.blurSide, search.blurSide), 2.0, 2.0);
     cv::morphologyEx(gray, gray, cv::MORPH_OPEN,
-                     cv::getStructuringElement(cv::MORPH_ELLIPSE, cv::Size(opening, opening)));
+                     cv::getStructuringElement(cv::MORPH_ELLIPSE, cv::Size(search.openSide, search.openSide)));
     std::vector<cv::Vec3f> candidates;
-    cv::HoughCircles(gray, candidates, cv::HOUGH_GRADIENT, 2.0, radius, 50.0, 25.0,
-                     static_cast<int>(std::max(3.0, radius - tolerance)), static_cast<int>(radius + tolerance));
+    cv::HoughCircles(gray, candidates, cv::HOUGH_GRADIENT, 2.0, radius, 50.0, 25.0, search.leastRadius,
+                     search.greatestRadius);
     for (const cv::Vec3f& candidate : candidates) {
         if (std::abs(static_cast<double>(candidate[2]) - radius) <= tolerance) FloorOfScore(gray, candidate);
     }
-    for (const cv::Vec3f& candidate : candidates) {
-        const cv::Point centre(cvRound(candidate[0]), cvRound(candidate[1]));
-        cv::circle(destination, centre, 1, cv::Scalar(0, 255, 0), cv::FILLED);
-        cv::circle(destination, centre, cvRound(candidate[2]), cv::Scalar(0, 0, 255), 1);
-    }
+    Draw(accepted, destination);
 }
 
 template <typename Action>
@@ -122,18 +148,26 @@ void Run(benchmark::State& state) {
     const MarkPlate plate = Plate(size, static_cast<int>(state.range(2)));
     const cv::Mat picture = plate.Render().Blur(0.8).Noise(2.0, 3).Colour();
     const std::unique_ptr<Algorithm> algorithm = Finder(plate.radius);
+    const std::vector<Reference::CircleMark> accepted = PlainMarks(picture, plate.radius);
     cv::Mat destination;
+    cv::Mat plainDestination;
     cv::Mat floorDestination;
-    Floor(picture, floorDestination, plate.radius);
+    Floor(picture, floorDestination, plate.radius, accepted);
     algorithm->Execute(picture, destination);
     std::vector<double> library;
+    std::vector<double> plain;
     std::vector<double> floor;
     for (auto _ : state) {
         library.push_back(SecondsOf([&] { algorithm->Execute(picture, destination); }));
-        floor.push_back(SecondsOf([&] { Floor(picture, floorDestination, plate.radius); }));
+        plain.push_back(SecondsOf([&] { Plain(picture, plainDestination, plate.radius); }));
+        floor.push_back(SecondsOf([&] { Floor(picture, floorDestination, plate.radius, accepted); }));
         state.SetIterationTime(library.back());
     }
+    if (cv::norm(destination, plainDestination) != 0.0 || cv::norm(destination, floorDestination) != 0.0) {
+        state.SkipWithError("the three runs draw different marks");
+    }
     const double ms = 1000.0;
+    state.counters["plain ms"] = Median(plain) * ms;
     state.counters["library ms"] = Median(library) * ms;
     state.counters["OpenCV ms"] = Median(floor) * ms;
     state.counters["own share %"] = 100.0 * (Median(library) - Median(floor)) / Median(library);
@@ -141,7 +175,7 @@ void Run(benchmark::State& state) {
     state.counters["radius"] = plate.radius;
 }
 BENCHMARK(Run)
-    ->Name("FindMarkPoint/library-and-floor")
+    ->Name("FindMarkPoint/plain-library-floor")
     ->ArgNames({"width", "height", "marks"})
     ->Args({1280, 960, 12})
     ->Args({1280, 960, 200})
@@ -151,29 +185,35 @@ BENCHMARK(Run)
     ->MinTime(2.0)
     ->Unit(benchmark::kMillisecond);
 
-/// The score alone, on a patch of three radii square.
-void Score(benchmark::State& state) {
+/// One score, of the candidate in the middle of a picture of 1280 by 960.
+template <typename Action>
+void Score(benchmark::State& state, Action score) {
     const auto radius = static_cast<float>(state.range(0));
-    const int side = static_cast<int>(state.range(0)) * 4;
-    const cv::Mat gray = MarkPlate{{side, side}, {1, 1}, radius}.Render().Blur(1.5).Gray();
-    const cv::Vec3f candidate(static_cast<float>(side) / 2.0f, static_cast<float>(side) / 2.0f, radius);
-    for (auto _ : state) benchmark::DoNotOptimize(CircleMarkScore(gray, candidate));
+    const cv::Mat gray = MarkPlate{{1280, 960}, {1, 1}, radius}.Render().Blur(1.5).Gray();
+    const cv::Vec3f candidate(640.0f, 480.0f, radius);
+    for (auto _ : state) score(gray, candidate);
 }
-BENCHMARK(Score)->Name("CircleMarkScore/library")->ArgName("radius")->Arg(16)->Arg(50)->Unit(benchmark::kMicrosecond);
 
-void ScoreFloor(benchmark::State& state) {
-    const auto radius = static_cast<float>(state.range(0));
-    const int side = static_cast<int>(state.range(0)) * 4;
-    const cv::Mat gray = MarkPlate{{side, side}, {1, 1}, radius}.Render().Blur(1.5).Gray();
-    const cv::Vec3f candidate(static_cast<float>(side) / 2.0f, static_cast<float>(side) / 2.0f, radius);
-    for (auto _ : state) FloorOfScore(gray, candidate);
+void PlainScore(benchmark::State& state) {
+    Score(state, [](const cv::Mat& gray, const cv::Vec3f& candidate) {
+        benchmark::DoNotOptimize(Reference::CircleMarkScore(gray, candidate));
+    });
 }
-BENCHMARK(ScoreFloor)
-    ->Name("CircleMarkScore/floor")
-    ->ArgName("radius")
-    ->Arg(16)
-    ->Arg(50)
-    ->Unit(benchmark::kMicrosecond);
+
+void LibraryScore(benchmark::State& state) {
+    Score(state, [](const cv::Mat& gray, const cv::Vec3f& candidate) {
+        benchmark::DoNotOptimize(CircleMarkScore(gray, candidate));
+    });
+}
+
+void ScoreFloor(benchmark::State& state) { Score(state, FloorOfScore); }
+
+void ScoreRadii(benchmark::internal::Benchmark* row) {
+    row->ArgName("radius")->Arg(16)->Arg(50)->Unit(benchmark::kMicrosecond);
+}
+BENCHMARK(PlainScore)->Name("CircleMarkScore/plain")->Apply(ScoreRadii);
+BENCHMARK(LibraryScore)->Name("CircleMarkScore/library")->Apply(ScoreRadii);
+BENCHMARK(ScoreFloor)->Name("CircleMarkScore/floor")->Apply(ScoreRadii);
 
 struct Spoil {
     const char* name;
@@ -187,46 +227,47 @@ const Spoil spoils[] = {
     {"light falling to half", [](Scene scene) { return scene.Light(1.0, 0.5); }},
 };
 
-/// Plates of 24 marks, bright on dark and dark on bright.
-void Accuracy(benchmark::State& state) {
-    const auto radius = static_cast<double>(state.range(0));
-    const Spoil& spoil = spoils[state.range(1)];
-    const auto cell = static_cast<int>(radius * 5.0) + 11;
+const std::vector<std::int64_t> accuracyRadii{6, 8, 9, 12, 24, 50, 80, 120};
+
+/// Sums over the marks of some pictures.
+struct Deviations {
+    void Add(const MarkPlate& plate, const Spoil& spoil);
+    void Report(benchmark::State& state) const;
+
     double sum = 0.0;
     double worst = 0.0;
     double radiusSum = 0.0;
     int found = 0;
     int wrong = 0;
     int rendered = 0;
-    for (auto _ : state) {
-        for (const bool bright : {true, false}) {
-            const MarkPlate plate{{4 * cell, 3 * cell},  {4, 3}, radius, bright ? 60.0 : 200.0,
-                                  bright ? 200.0 : 60.0, 7};
-            const std::unique_ptr<Algorithm> algorithm = Finder(radius);
-            cv::Mat destination;
-            algorithm->Execute(spoil.apply(plate.Render()).Gray(), destination);
-            const auto x = algorithm->GetResultValues("MarkPoint_X");
-            const auto y = algorithm->GetResultValues("MarkPoint_Y");
-            const auto r = algorithm->GetResultValues("MarkPoint_Radius");
-            const std::vector<cv::Point2d> centres = plate.Centres();
-            rendered += static_cast<int>(centres.size());
-            for (std::size_t i = 0; i < x.size(); ++i) {
-                double nearest = radius / 2.0;
-                for (const cv::Point2d& centre : centres) {
-                    nearest = std::min(nearest, cv::norm(cv::Point2d(std::stod(x[i]), std::stod(y[i])) - centre));
-                }
-                if (nearest >= radius / 2.0) {
-                    ++wrong;
-                    continue;
-                }
-                ++found;
-                sum += nearest;
-                worst = std::max(worst, nearest);
-                radiusSum += std::abs(std::stod(r[i]) - radius);
-            }
+};
+
+void Deviations::Add(const MarkPlate& plate, const Spoil& spoil) {
+    const std::unique_ptr<Algorithm> algorithm = Finder(plate.radius);
+    cv::Mat destination;
+    algorithm->Execute(spoil.apply(plate.Render()).Gray(), destination);
+    const auto x = algorithm->GetResultValues("MarkPoint_X");
+    const auto y = algorithm->GetResultValues("MarkPoint_Y");
+    const auto r = algorithm->GetResultValues("MarkPoint_Radius");
+    const std::vector<cv::Point2d> centres = plate.Centres();
+    rendered += static_cast<int>(centres.size());
+    for (std::size_t i = 0; i < x.size(); ++i) {
+        double nearest = plate.radius / 2.0;
+        for (const cv::Point2d& centre : centres) {
+            nearest = std::min(nearest, cv::norm(cv::Point2d(std::stod(x[i]), std::stod(y[i])) - centre));
         }
+        if (nearest >= plate.radius / 2.0) {
+            ++wrong;
+            continue;
+        }
+        ++found;
+        sum += nearest;
+        worst = std::max(worst, nearest);
+        radiusSum += std::abs(std::stod(r[i]) - plate.radius);
     }
-    state.SetLabel(spoil.name);
+}
+
+void Deviations::Report(benchmark::State& state) const {
     state.counters["rendered"] = rendered;
     state.counters["found"] = found;
     state.counters["false"] = wrong;
@@ -234,12 +275,39 @@ void Accuracy(benchmark::State& state) {
     state.counters["worst px"] = worst;
     state.counters["radius px"] = radiusSum / std::max(found, 1);
 }
+
+/// A plate of 12 bright marks on dark ground and one of 12 dark marks on bright ground.
+void AddPlates(std::int64_t radius, const Spoil& spoil, Deviations& deviations) {
+    const int cell = static_cast<int>(radius) * 5 + 11;
+    const cv::Size size(4 * cell, 3 * cell);
+    deviations.Add(MarkPlate{size, {4, 3}, static_cast<double>(radius), 60.0, 200.0, 7}, spoil);
+    deviations.Add(MarkPlate{size, {4, 3}, static_cast<double>(radius), 200.0, 60.0, 7}, spoil);
+}
+
+void Accuracy(benchmark::State& state) {
+    const Spoil& spoil = spoils[state.range(1)];
+    Deviations deviations;
+    for (auto _ : state) AddPlates(state.range(0), spoil, deviations);
+    state.SetLabel(spoil.name);
+    deviations.Report(state);
+}
 BENCHMARK(Accuracy)
     ->Name("FindMarkPoint/accuracy")
     ->ArgNames({"radius", "picture"})
-    ->ArgsProduct({{6, 8, 9, 12, 24, 50, 80, 120}, {0, 1, 2, 3}})
+    ->ArgsProduct({accuracyRadii, {0, 1, 2, 3}})
     ->Iterations(1)
     ->Unit(benchmark::kMillisecond);
+
+void OverallAccuracy(benchmark::State& state) {
+    Deviations deviations;
+    for (auto _ : state) {
+        for (const std::int64_t radius : accuracyRadii) {
+            for (const Spoil& spoil : spoils) AddPlates(radius, spoil, deviations);
+        }
+    }
+    deviations.Report(state);
+}
+BENCHMARK(OverallAccuracy)->Name("FindMarkPoint/accuracy/overall")->Iterations(1)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace Quorvane

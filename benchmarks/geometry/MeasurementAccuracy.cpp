@@ -226,9 +226,7 @@ void PrintDiscs() {
 }
 
 /// A wave of 12 pixels height, whose steepest place rises by 0.8.
-double WaveAt(double x, double phase) {
-    return 60.0 + phase + 12.0 * std::sin(x / 15.0);
-}
+double WaveAt(double x, double phase) { return 60.0 + phase + 12.0 * std::sin(x / 15.0); }
 
 /// The distance of a point to the wave, positive below it.
 double DistanceToWave(const cv::Point2d& p, double phase) {

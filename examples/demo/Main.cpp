@@ -26,6 +26,9 @@ int main(int argumentCount, char** arguments) {
         {"image operators", Demo::ImageOperatorsSection},
         {"change detection", Demo::ChangeDetectionSection},
         {"measured edges", Demo::MeasurementsSection},
+        {"camera lens", Demo::CameraLensSection},
+        {"calibration boards", Demo::CameraBoardsSection},
+        {"camera and machine", Demo::CameraMapSection},
     };
     try {
         Demo::Report report(arguments[1]);

@@ -124,9 +124,7 @@ struct Region {
     }
 };
 
-std::string PointText(const cv::Point2d& p) {
-    return "(" + Number(p.x, 3) + ", " + Number(p.y, 3) + ")";
-}
+std::string PointText(const cv::Point2d& p) { return "(" + Number(p.x, 3) + ", " + Number(p.y, 3) + ")"; }
 
 void ShowLine(Report& report) {
     const cv::Mat photograph = Quorvane::TestSupport::LoadColourPicture("coffee.png");

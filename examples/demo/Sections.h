@@ -12,5 +12,8 @@ void FillingSection(Report& report);
 void ImageOperatorsSection(Report& report);
 void ChangeDetectionSection(Report& report);
 void MeasurementsSection(Report& report);
+void CameraLensSection(Report& report);
+void CameraBoardsSection(Report& report);
+void CameraMapSection(Report& report);
 
 }  // namespace Demo

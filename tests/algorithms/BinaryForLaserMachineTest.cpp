@@ -274,6 +274,45 @@ TEST_F(BinaryForLaserMachineTest, RefusedDepthsAndWindowsReachTheHostAsException
     EXPECT_TRUE(destination.empty());
 }
 
+TEST_F(BinaryForLaserMachineTest, AnEmptyImageIsRefusedBeforeAnyParameterIsRead) {
+    cv::Mat destination;
+    algorithm->SetParameter("LowThreshold", std::string("dark"));
+    EXPECT_EQ(algorithm->Execute(cv::Mat(), destination), 2);
+    EXPECT_EQ(ErrorMessage(), "[BinaryForLaserMachine]Image is empty!");
+}
+
+TEST_F(BinaryForLaserMachineTest, TheMessageIsGoneEvenWhenTheNextRunThrows) {
+    cv::Mat destination;
+    EXPECT_EQ(algorithm->Execute(cv::Mat(), destination), 2);
+    algorithm->SetParameter("LowThreshold", std::string("dark"));
+    ExpectThrowWithText<std::invalid_argument>([&] { algorithm->Execute(DarkAndBright(10, 150, 200), destination); },
+                                               "invalid stof argument");
+    EXPECT_EQ(ErrorMessage(), "");
+}
+
+TEST_F(BinaryForLaserMachineTest, TakesOneMatrixAsSourceAndDestination) {
+    SetThresholds(160, 190);
+    const cv::Mat original = DarkAndBright(10, 150, 200);
+    cv::Mat image = original.clone();
+    EXPECT_EQ(algorithm->Execute(image, image), 0);
+    EXPECT_THAT(image, EqualsMat(cv::Mat(original == 200)));
+
+    cv::Mat colour;
+    cv::cvtColor(original, colour, cv::COLOR_GRAY2BGR);
+    EXPECT_EQ(algorithm->Execute(colour, colour), 0);
+    EXPECT_THAT(colour, EqualsMat(cv::Mat(original == 200)));
+}
+
+TEST_F(BinaryForLaserMachineTest, FillsAPartOfALargerDestination) {
+    SetThresholds(160, 190);
+    const cv::Mat image = DarkAndBright(10, 150, 200);
+    cv::Mat whole(100, 120, CV_8UC1, cv::Scalar(7));
+    cv::Mat part = whole(cv::Rect(20, 30, image.cols, image.rows));
+    EXPECT_EQ(algorithm->Execute(image, part), 0);
+    EXPECT_THAT(cv::Mat(whole(cv::Rect(20, 30, image.cols, image.rows))), EqualsMat(cv::Mat(image == 200)));
+    EXPECT_EQ(cv::countNonZero(whole == 7), static_cast<int>(whole.total() - image.total()));
+}
+
 TEST_F(BinaryForLaserMachineTest, TextsWithoutNumberReachTheHostAsExceptions) {
     const cv::Mat image = DarkAndBright(10, 150, 200);
     cv::Mat destination;

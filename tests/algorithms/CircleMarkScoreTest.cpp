@@ -76,6 +76,26 @@ TEST(CircleMarkScore, WithoutAnyAreaIsContrastAlone) {
     EXPECT_EQ(CircleMarkScore(image, ringCandidate), static_cast<float>(static_cast<double>(contrast) * 0.3));
 }
 
+TEST(CircleMarkScore, WithoutAnyAreaOrContrastIsZero) {
+    // Single dark pixels on white, 5 of the inner ring's 1100 and 6 of the outer one's 1320: the rings are equal, and
+    // the dark side is points alone.
+    constexpr int radius = 25;
+    const cv::Size size(74, 74);
+    const cv::Point centre(37, 37);
+    cv::Mat inner = cv::Mat::zeros(size, CV_8UC1);
+    cv::Mat outer = cv::Mat::zeros(size, CV_8UC1);
+    cv::circle(inner, centre, radius, cv::Scalar(255), 5);
+    cv::circle(outer, centre, radius + 5, cv::Scalar(255), 5);
+    ASSERT_EQ(cv::countNonZero(inner), 1100);
+    ASSERT_EQ(cv::countNonZero(outer), 1320);
+    cv::Mat image(size, CV_8UC1, cv::Scalar(255));
+    for (const int row : {33, 35, 37, 39, 41}) image.at<uchar>(row, 37 - 25) = 0;
+    for (const int row : {32, 34, 36, 38, 40, 42}) image.at<uchar>(row, 37 + 31) = 0;
+    ASSERT_EQ(cv::countNonZero(inner & (image == 0)), 5);
+    ASSERT_EQ(cv::countNonZero(outer & (image == 0)), 6);
+    EXPECT_EQ(CircleMarkScore(image, {37.0f, 37.0f, 25.0f}), 0.0f);
+}
+
 TEST(CircleMarkScore, OfEqualAreasTakesTheFirstContour) {
     // Two blocks whose outlines enclose 8 pixels each, one with a perimeter of 12 and the other of 18; a line on the
     // ring makes it the brighter one.
@@ -267,10 +287,17 @@ TEST(CircleMarkScore, WithoutAnyRingPixelInThePatchIsZero) {
 }
 
 TEST(CircleMarkScore, WithOneOfTheRingsOutsideIsZero) {
-    // At column -26 the outer ring still reaches into the image and the inner one, of radius 24, does not.
+    // At column -27 the outer ring still reaches into the image and the inner one, of radius 24, does not.
     const cv::Mat image = RandomInput(45).Image({150, 150});
     EXPECT_EQ(CircleMarkScore(image, {-27.0f, 75.0f, 24.0f}), 0.0f);
     EXPECT_GT(CircleMarkScore(image, {-20.0f, 75.0f, 24.0f}), 0.0f);
+}
+
+TEST(CircleMarkScore, OfARadiusOfOneHasNoOuterRingAndIsZero) {
+    // The patch of 2 by 2 pixels lies in the inner ring, and the outer one, of radius 4, around it.
+    const cv::Mat image(30, 30, CV_8UC1, cv::Scalar(200));
+    EXPECT_EQ(CircleMarkScore(image, {15.0f, 15.0f, 1.0f}), 0.0f);
+    EXPECT_GT(CircleMarkScore(image, {15.0f, 15.0f, 2.0f}), 0.0f);
 }
 
 TEST(CircleMarkScore, InATooSmallImageIsOpenCvsException) {

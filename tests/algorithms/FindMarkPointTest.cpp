@@ -231,22 +231,38 @@ TEST_F(FindMarkPointTest, TheFirstValueIsTheFirstMarkInTheChosenOrder) {
     EXPECT_EQ(algorithm->GetResultValue("FindCount"), "6");
 }
 
-TEST_F(FindMarkPointTest, DrawsADotAndACircleForEachMarkInSearchOrder) {
-    const cv::Mat picture = SixMarks();
-    SetSearch(24.0, 0.7);
-    const cv::Mat marked = Run(picture);
-    cv::Mat expected = picture.clone();
-    for (const Texts& line : Lines()) {
+/// The picture with the marks of the lines drawn in, one after the other.
+cv::Mat Drawn(const cv::Mat& picture, const std::vector<Texts>& lines) {
+    cv::Mat drawn = picture.clone();
+    for (const Texts& line : lines) {
         const cv::Point centre(cvRound(std::stod(line[0])), cvRound(std::stod(line[1])));
-        cv::circle(expected, centre, 1, cv::Scalar(0, 255, 0), cv::FILLED, cv::LINE_8);
-        cv::circle(expected, centre, cvRound(std::stod(line[3])), cv::Scalar(0, 0, 255), 1, cv::LINE_8);
+        cv::circle(drawn, centre, 1, cv::Scalar(0, 255, 0), cv::FILLED, cv::LINE_8);
+        cv::circle(drawn, centre, cvRound(std::stod(line[3])), cv::Scalar(0, 0, 255), 1, cv::LINE_8);
     }
+    return drawn;
+}
+
+TEST_F(FindMarkPointTest, DrawsADotAndACircleForEachMarkInSearchOrder) {
+    // The circle of each mark runs through the dot of the other, so that the order shows in the pixels.
+    const cv::Mat picture = Scene({260, 160}, 40.0)
+                                .Paint(Disc({101.0, 81.0}, 24.0), 220.0)
+                                .Paint(Disc({125.0, 81.0}, 22.0), 160.0)
+                                .Colour();
+    SetSearch(24.0, 0.2);
+    const cv::Mat marked = Run(picture);
+    const std::vector<Texts> lines = Lines();
+    ASSERT_THAT(lines, SizeIs(2));
+    const cv::Mat expected = Drawn(picture, lines);
+    ASSERT_THAT(Drawn(picture, {lines[1], lines[0]}), Not(EqualsMat(expected)));
     EXPECT_THAT(marked, EqualsMat(expected));
-    EXPECT_GT(cv::norm(marked, picture), 0.0);
+
+    std::size_t reversed = 0;
     for (const std::string& mode : sortModes) {
-        SetSearch(24.0, 0.7, mode);
+        SetSearch(24.0, 0.2, mode);
         EXPECT_THAT(Run(picture), EqualsMat(expected)) << mode;
+        if (Lines() != lines) ++reversed;
     }
+    EXPECT_EQ(reversed, 2U);
 }
 
 TEST_F(FindMarkPointTest, DrawsInBlackOnOneChannelAndWithoutAlphaOnFour) {
@@ -358,6 +374,31 @@ TEST_F(FindMarkPointTest, ASimilarityAboveOneFindsNothing) {
     }
 }
 
+TEST_F(FindMarkPointTest, ASimilarityOfOneLeavesNoToleranceAndFindsNothing) {
+    const cv::Mat picture = MarkPlate{{300, 240}, {1, 1}, 30.0}.Render().Gray();
+    SetSearch(30.0, 1.0);
+    EXPECT_THAT(Run(picture), EqualsMat(picture));
+    EXPECT_THAT(Lines(), IsEmpty());
+}
+
+TEST_F(FindMarkPointTest, ASimilarityOfZeroTakesRadiiUpToTwiceTheExpectedOne) {
+    const cv::Mat picture = Scene({300, 200}, 40.0)
+                                .Paint(Disc({91.0, 101.0}, 12.0), 220.0)
+                                .Paint(Disc({201.0, 101.0}, 38.0), 220.0)
+                                .Colour();
+    std::vector<cv::Point2f> centres;
+    std::vector<double> radii;
+    std::vector<double> similarities;
+    FindCircleMarks(picture, 20.0, 20.0, 0.0, centres, radii, similarities);
+    ASSERT_THAT(radii, Contains(testing::Gt(36.0)));
+    ASSERT_THAT(radii, Contains(testing::Lt(14.0)));
+    SetSearch(20.0, 0.0);
+    Run(picture);
+    Texts expected;
+    for (const double radius : radii) expected.push_back(FixedText(radius));
+    EXPECT_EQ(algorithm->GetResultValues("MarkPoint_Radius"), expected);
+}
+
 TEST_F(FindMarkPointTest, ACrossNeedsWidthAndHeight) {
     const cv::Mat picture = SixMarks();
     SetSearch(24.0, 0.7);
@@ -437,6 +478,26 @@ TEST_F(FindMarkPointTest, TextsWithoutNumberReachTheHostAsExceptions) {
     algorithm->SetParameter("Width", std::string("wide"));
     ExpectThrowWithText<std::invalid_argument>(run, "invalid stoi argument");
     EXPECT_EQ(ErrorMessage(), "");
+}
+
+TEST_F(FindMarkPointTest, ReadsTheLeastSimilarityForEveryType) {
+    const cv::Mat picture = SixMarks();
+    SetSearch(24.0, 0.7);
+    Run(picture);
+    const auto before = Data();
+    algorithm->SetParameter("Width", 5);
+    algorithm->SetParameter("Height", 3);
+    algorithm->SetParameter("SimilarityMin", std::string("much"));
+    for (const char* type : {"Circle", "Cross", "circle"}) {
+        SCOPED_TRACE(type);
+        algorithm->SetParameter("MarkPointType", std::string(type));
+        cv::Mat destination;
+        ExpectThrowWithText<std::invalid_argument>([&] { algorithm->Execute(picture, destination); },
+                                                   "invalid stod argument");
+        EXPECT_THAT(destination, EqualsMat(picture));
+        EXPECT_EQ(Data(), before);
+        EXPECT_EQ(ErrorMessage(), "");
+    }
 }
 
 TEST_F(FindMarkPointTest, RefusedPicturesReachTheHostAsExceptionsAfterTheCopy) {

@@ -36,12 +36,16 @@ TEST(AlgorithmFactory, MakesTheAlgorithmOfEachName) {
     AlgorithmFactory factory;
     Algorithm* halftone = factory.CreateAlgorithm("BinaryForLaserMachine");
     Algorithm* marks = factory.CreateAlgorithm("FindMarkPoint");
+    Algorithm* filling = factory.CreateAlgorithm("IntelligentFilling");
     ASSERT_NE(halftone, nullptr);
     ASSERT_NE(marks, nullptr);
+    ASSERT_NE(filling, nullptr);
     EXPECT_EQ(halftone->GetParameterToInt("MaskSize"), 5);
     EXPECT_EQ(marks->GetParameterToString("MarkPointType"), "Circle");
+    EXPECT_EQ(filling->GetParameterToString("SimilarityMin"), "0.800000");
     factory.ReleaseAlgorithm(halftone);
     factory.ReleaseAlgorithm(marks);
+    factory.ReleaseAlgorithm(filling);
 }
 
 TEST(AlgorithmFactory, TakesNamesLetterByLetter) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -33,6 +34,22 @@ std::vector<std::string> ParameterNamesOf(const Algorithm& algorithm) {
 }
 
 TEST(Algorithm, HasAVirtualTableAndTwoPointers) { EXPECT_EQ(sizeof(NamedAlgorithm), 3 * sizeof(void*)); }
+
+/// Tells where the base keeps its two tables.
+class OpenedAlgorithm : public NamedAlgorithm {
+public:
+    std::ptrdiff_t OffsetOfParameters() const { return reinterpret_cast<const char*>(&parameters_) - Begin(); }
+    std::ptrdiff_t OffsetOfResults() const { return reinterpret_cast<const char*>(&results_) - Begin(); }
+
+private:
+    const char* Begin() const { return reinterpret_cast<const char*>(this); }
+};
+
+TEST(Algorithm, KeepsItsParametersBeforeItsResults) {
+    const OpenedAlgorithm algorithm;
+    EXPECT_EQ(algorithm.OffsetOfParameters(), static_cast<std::ptrdiff_t>(sizeof(void*)));
+    EXPECT_EQ(algorithm.OffsetOfResults(), static_cast<std::ptrdiff_t>(2 * sizeof(void*)));
+}
 
 TEST(Algorithm, ForwardsEveryKindOfParameter) {
     NamedAlgorithm algorithm;

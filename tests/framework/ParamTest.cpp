@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <stdexcept>
 #include <type_traits>
@@ -48,6 +49,61 @@ TEST(ParamKinds, HaveTheNumbersThatHostsStore) {
     EXPECT_EQ(Param::Unset, 8);
     EXPECT_EQ(sizeof(Param::ValueType), 4U);
     EXPECT_EQ(Param::ValueType::Double, Param::Double);
+}
+
+// Offsets of private members, likewise.
+template <typename Member>
+struct MemberOf {
+    static Member Param::*pointer;
+};
+template <typename Member>
+Member Param::*MemberOf<Member>::pointer = nullptr;
+template <typename Member, Member Param::*member>
+struct RevealMember {
+    struct Setter {
+        Setter() { MemberOf<Member>::pointer = member; }
+    };
+    static Setter setter;
+};
+template <typename Member, Member Param::*member>
+typename RevealMember<Member, member>::Setter RevealMember<Member, member>::setter;
+template struct RevealMember<Param::ValueType, &Param::kind_>;
+template struct RevealMember<std::string, &Param::text_>;
+template struct RevealMember<Ints, &Param::ints_>;
+template struct RevealMember<Floats, &Param::floats_>;
+template struct RevealMember<Doubles, &Param::doubles_>;
+template struct RevealMember<Texts, &Param::texts_>;
+
+template <typename Member>
+const Member& Peek(const Param& param) {
+    return param.*MemberOf<Member>::pointer;
+}
+
+template <typename Member>
+std::ptrdiff_t OffsetOf(const Param& param) {
+    return reinterpret_cast<const char*>(&Peek<Member>(param)) - reinterpret_cast<const char*>(&param);
+}
+
+TEST(ParamLayout, HasItsMembersInTheirOrder) {
+    const Param param;
+    EXPECT_EQ(OffsetOf<Param::ValueType>(param), 8) << "behind the number of 8 bytes";
+    EXPECT_LT(OffsetOf<Param::ValueType>(param), OffsetOf<std::string>(param));
+    EXPECT_LT(OffsetOf<std::string>(param), OffsetOf<Ints>(param));
+    EXPECT_LT(OffsetOf<Ints>(param), OffsetOf<Floats>(param));
+    EXPECT_LT(OffsetOf<Floats>(param), OffsetOf<Doubles>(param));
+    EXPECT_LT(OffsetOf<Doubles>(param), OffsetOf<Texts>(param));
+}
+
+TEST(ParamSet, LeavesWhatAnEarlierKindHeldAndCopiesIt) {
+    Param param(Ints{1, 2, 3});
+    param.Set(std::string("9"));
+    EXPECT_THAT(Peek<Ints>(param), ElementsAre(1, 2, 3));
+    const Param copy(param);
+    EXPECT_THAT(Peek<Ints>(copy), ElementsAre(1, 2, 3));
+    Param assigned;
+    assigned = param;
+    EXPECT_THAT(Peek<Ints>(assigned), ElementsAre(1, 2, 3));
+    EXPECT_THAT(assigned.ToIntVec(), ElementsAre(9));
 }
 
 TEST(ParamLayout, IsTheNumberTheKindTheTextAndFourLists) {

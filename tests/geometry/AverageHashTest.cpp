@@ -75,6 +75,16 @@ TEST(AverageHashString, TakesSixteenBitsAndFloats) {
     EXPECT_EQ(averageHashString(other), averageHashString(gray));
 }
 
+TEST(AverageHashString, TruncatesTheMeanOfFloatsToo) {
+    // The mean is 10.52, truncated 10: fields of 10.5 are above it.
+    cv::Mat gray(8, 8, CV_32FC1, cv::Scalar(10.5));
+    gray.at<float>(2, 3) = 12.0f;
+    gray.at<float>(2, 4) = 10.0f;
+    std::string expected(64, '1');
+    expected[20] = '0';
+    EXPECT_EQ(averageHashString(gray), expected);
+}
+
 TEST(AverageHashString, OfOtherChannelCountsIsEmpty) {
     EXPECT_EQ(averageHashString(cv::Mat::zeros(9, 9, CV_8UC2)), "");
     EXPECT_EQ(averageHashString(cv::Mat::zeros(9, 9, CV_8UC(5))), "");

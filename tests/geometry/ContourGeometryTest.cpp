@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <opencv2/core.hpp>
@@ -60,6 +61,17 @@ TEST(AlignPoints, AngleOfThreePointsAndMoreRunsAgainstTheTurn) {
     EXPECT_NEAR(angle, -25.0, 1e-3);
 }
 
+TEST(AlignPoints, AngleOfTwoPointsFollowsTheTurn) {
+    const Points source{{10, 20}, {30, 20}};
+    cv::Point2f offset;
+    cv::Point2f center;
+    double angle = 0.0;
+    AlignPoints(source, {{1, 2}, {1, 22}}, offset, center, angle);
+    EXPECT_EQ(angle, 90.0);
+    EXPECT_EQ(center, cv::Point2f(20, 20));
+    EXPECT_EQ(offset, cv::Point2f(19, 8));
+}
+
 TEST(AlignPoints, ListsOfDifferentLengthHaveCentresButNoAngle) {
     cv::Point2f offset;
     cv::Point2f center;
@@ -104,11 +116,15 @@ TEST(CalPerimeterOfContour, SumsNarrowedDistancesInDouble) {
     RandomInput random(41);
     const Points contour = RandomPoints(random, 300, -500.0, 500.0);
     double sum = 0.0;
+    double sumOfWideDistances = 0.0;
     for (std::size_t i = 0; i < contour.size(); ++i) {
         const cv::Point2f edge = contour[(i + 1) % contour.size()] - contour[i];
-        sum += static_cast<float>(std::hypot(static_cast<double>(edge.x), static_cast<double>(edge.y)));
+        const double length = std::sqrt(std::pow(edge.y, 2) + std::pow(edge.x, 2));
+        sum += static_cast<float>(length);
+        sumOfWideDistances += length;
     }
-    EXPECT_NEAR(CalPerimeterOfContour(contour), sum, 1e-2);
+    EXPECT_EQ(CalPerimeterOfContour(contour), sum);
+    EXPECT_NE(sum, sumOfWideDistances);
 }
 
 TEST(CalculateAverageAngle, SquareClockwiseFromTopLeftIsFortyFive) {
@@ -120,6 +136,20 @@ TEST(CalculateAverageAngle, IsAPlainMeanAcrossTheWrap) {
     EXPECT_FLOAT_EQ(CalculateAverageAngle({{0, 0}, {1, 0}}), 90.0f);
     // Almost 180 and almost -0: a circular mean would tell something else.
     EXPECT_NEAR(CalculateAverageAngle({{0, 0}, {-100, 1}}), (179.427f - 0.573f) / 2.0f, 1e-2);
+}
+
+TEST(CalculateAverageAngle, SumsInFloatWhatItConvertsInDouble) {
+    RandomInput random(46);
+    for (int i = 0; i < 50; ++i) {
+        const Points contour = RandomPoints(random, random.Integer(1, 200), -500.0, 500.0);
+        float sum = 0.0f;
+        for (std::size_t k = 0; k < contour.size(); ++k) {
+            const cv::Point2f& next = contour[(k + 1) % contour.size()];
+            const double radians = std::atan2(next.y - contour[k].y, next.x - contour[k].x);
+            sum += static_cast<float>(radians * 180.0 / CV_PI);
+        }
+        ASSERT_EQ(CalculateAverageAngle(contour), sum / static_cast<float>(contour.size())) << "contour " << i;
+    }
 }
 
 TEST(CalculateAverageAngle, OfOnePointIsZeroAndOfNothingIsNotANumber) {
@@ -271,6 +301,28 @@ TEST(GetMinAreaRectAtAngle, KeepsTheCallersAngleAndHoldsThePoints) {
     }
 }
 
+TEST(GetMinAreaRectAtAngle, TurnsThePointsAndTheHalvedCentreInDouble) {
+    const auto through = [](const cv::Mat& matrix, double x, double y) {
+        const cv::Mat_<double> turned = matrix * (cv::Mat_<double>(3, 1) << x, y, 1.0);
+        return cv::Point2f(static_cast<float>(turned(0)), static_cast<float>(turned(1)));
+    };
+    RandomInput random(47);
+    for (int i = 0; i < 200; ++i) {
+        const Points points = RandomPoints(random, random.Integer(1, 12), -300.0, 300.0);
+        const auto angle = static_cast<float>(random.Real(-360.0, 360.0));
+        Points turned;
+        for (const cv::Point2f& point : points) {
+            turned.push_back(through(cv::getRotationMatrix2D({0, 0}, angle, 1.0), point.x, point.y));
+        }
+        const cv::Rect box = cv::boundingRect(turned);
+        const cv::Point2f center =
+            through(cv::getRotationMatrix2D({0, 0}, -angle, 1.0), box.x + box.width / 2, box.y + box.height / 2);
+        const cv::RotatedRect rect = GetMinAreaRectAtAngle(points, angle);
+        ASSERT_EQ(rect.center, center) << "list " << i;
+        ASSERT_EQ(rect.size, cv::Size2f(box.size())) << "list " << i;
+    }
+}
+
 TEST(GetMinAreaRectAtAngle, OfALineAlongTheAngleIsFlat) {
     const cv::RotatedRect rect = GetMinAreaRectAtAngle({{0, 0}, {30, 40}}, 53.130102f);
     EXPECT_NEAR(rect.size.width, 51.0f, 1.0f);
@@ -297,6 +349,11 @@ TEST(GetMinimumBoundingRectangle, NegativeCoordinatesDoNotLowerTheMaxima) {
     const cv::Rect2f rect = GetMinimumBoundingRectangle({{-30, -40}, {-10, -20}});
     // The maxima stay at the least normal float, so W = 30 and H = 40.
     EXPECT_EQ(rect, cv::Rect2f(-30, -40, 60, 80));
+}
+
+TEST(GetMinimumBoundingRectangle, HoldsAPartBelowZero) {
+    // W = 20 - -30 and H = 5 - -40: the corner (50, 45) spans the rectangle with (-30, -40).
+    EXPECT_EQ(GetMinimumBoundingRectangle({{-30, -40}, {20, 5}}), cv::Rect2f(-30, -40, 80, 85));
 }
 
 TEST(GetMinimumBoundingRectangle, OfNothingIsWhatItsStartValuesSpan) {
@@ -364,6 +421,25 @@ TEST(SortContour, KeepsAllPointsWhereTheOrderContradictsItself) {
         std::sort(sorted.begin(), sorted.end(), plainLess);
         std::sort(contour.begin(), contour.end(), plainLess);
         ASSERT_EQ(sorted, contour) << "list " << i;
+    }
+}
+
+TEST(SortContour, StaysInItsListWhereCoordinatesAreNoNumbers) {
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    const std::array<float, 5> values{-infinity, infinity, std::numeric_limits<float>::quiet_NaN(), 1.0f, 1.00005f};
+    RandomInput random(48);
+    for (int i = 0; i < 200; ++i) {
+        Points contour;
+        std::size_t endless = 0;
+        for (int n = random.Integer(0, 200); n > 0; --n) {
+            contour.emplace_back(values[static_cast<std::size_t>(random.Integer(0, 4))],
+                                 values[static_cast<std::size_t>(random.Integer(0, 4))]);
+            endless += std::isinf(contour.back().x) ? 1u : 0u;
+        }
+        const Points sorted = SortContour(contour);
+        ASSERT_EQ(sorted.size(), contour.size());
+        const auto count = std::count_if(sorted.begin(), sorted.end(), [](auto& p) { return std::isinf(p.x); });
+        ASSERT_EQ(static_cast<std::size_t>(count), endless) << "list " << i;
     }
 }
 

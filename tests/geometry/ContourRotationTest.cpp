@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <opencv2/core.hpp>
 
 #include "tests/support/PointLists.h"
@@ -19,6 +20,30 @@ using Points = std::vector<cv::Point2f>;
 
 double RotationAboutCentroids(const Points& source, const Points& target) {
     return CalculateContourRotation(source, target, pointCentroid(source), pointCentroid(target));
+}
+
+/// Three points and more, from the definition.
+double PlainRotation(const Points& source, const Points& target, const cv::Point2f& c1, const cv::Point2f& c2) {
+    const int n = static_cast<int>(source.size());
+    cv::Mat_<float> a = cv::Mat_<float>::zeros(2 * n, 2);
+    cv::Mat_<float> b = cv::Mat_<float>::zeros(2 * n, 2);
+    const auto fill = [n](cv::Mat_<float>& rows, const Points& points, const cv::Point2f& center) {
+        for (int i = 0; i < 2 * n; ++i) {
+            if (i == n - 1) continue;
+            const auto at = static_cast<std::size_t>(i < n ? i : i - n);
+            rows(i, 0) = points[at].x - (i < n ? points[at + 1].x : center.x);
+            rows(i, 1) = points[at].y - (i < n ? points[at + 1].y : center.y);
+        }
+    };
+    fill(a, source, c1);
+    fill(b, target, c2);
+    const cv::Mat h = a.t() * b;
+    cv::Mat w;
+    cv::Mat u;
+    cv::Mat vt;
+    cv::SVD::compute(h, w, u, vt, 0);
+    const cv::Mat_<float> r = vt.t() * u.t();
+    return -std::atan2(r(1, 0), r(0, 0)) * 180.0 / CV_PI;
 }
 
 TEST(PointCentroid, IsTheMean) { EXPECT_EQ(pointCentroid({{1, 2}, {3, 6}, {5, 1}}), cv::Point2f(3, 3)); }
@@ -44,6 +69,12 @@ TEST(SignedVectorAngle, IsNarrowedToFloat) {
     const double angle = signedVectorAngle(1.0, 0.0, 2.0, 1.0);
     EXPECT_EQ(angle, static_cast<double>(static_cast<float>(angle)));
     EXPECT_NEAR(angle, 26.565051, 1e-5);
+}
+
+TEST(SignedVectorAngle, ReadsItsSignFromAProductNarrowedToFloat) {
+    // The product is -1e-60, which no float tells from zero.
+    EXPECT_EQ(signedVectorAngle(1e-30, 0, 0, -1e-30), 90.0);
+    EXPECT_EQ(signedVectorAngle(1e-20, 0, 0, -1e-20), -90.0);
 }
 
 TEST(SignedVectorAngle, OfAVectorWithoutLengthIsNotANumber) {
@@ -95,6 +126,44 @@ TEST(CalculateContourRotation, HoldsForRandomChains) {
         const double degrees = random.Real(-179.0, 179.0);
         ASSERT_NEAR(RotationAboutCentroids(source, Turned(source, degrees)), -degrees, 1e-2) << "chain " << i;
     }
+}
+
+TEST(CalculateContourRotation, EqualsThePlainRotation) {
+    RandomInput random(52);
+    const auto randomPoints = [&](int count, double height) {
+        Points points;
+        for (; count > 0; --count) {
+            points.emplace_back(static_cast<float>(random.Real(-300, 300)),
+                                static_cast<float>(height * random.Real(-1, 1)));
+        }
+        return points;
+    };
+    for (int i = 0; i < 500; ++i) {
+        // Every third pair lies on a line, where the singular values leave the second axis open; no pair matches.
+        const int count = random.Integer(3, 40);
+        const double height = i % 3 == 0 ? 0.0 : 300.0;
+        const Points source = randomPoints(count, height);
+        const Points target = randomPoints(count, height);
+        const cv::Point2f c1 = pointCentroid(source);
+        const cv::Point2f c2 = pointCentroid(target);
+        ASSERT_EQ(CalculateContourRotation(source, target, c1, c2), PlainRotation(source, target, c1, c2))
+            << "pair " << i;
+    }
+    const Points onePlace(4, cv::Point2f(7, 9));
+    EXPECT_EQ(RotationAboutCentroids(onePlace, onePlace), PlainRotation(onePlace, onePlace, {7, 9}, {7, 9}));
+}
+
+TEST(CalculateContourRotation, TakesPointsThatAreNoNumbers) {
+    const float notANumber = std::numeric_limits<float>::quiet_NaN();
+    const Points three{{0, 0}, {10, 0}, {10, 5}};
+    const Points broken{{0, 0}, {notANumber, 0}, {10, 5}};
+    EXPECT_FALSE(std::abs(RotationAboutCentroids(three, broken)) > 180.0);
+    EXPECT_TRUE(std::isnan(RotationAboutCentroids({{0, 0}, {1, 1}}, {{0, 0}, {notANumber, 1}})));
+}
+
+TEST(CalculateContourRotation, OfTwoPointsInOnePlaceIsNotANumber) {
+    EXPECT_TRUE(std::isnan(RotationAboutCentroids({{3, 4}, {3, 4}}, {{0, 0}, {1, 0}})));
+    EXPECT_TRUE(std::isnan(RotationAboutCentroids({{0, 0}, {1, 0}}, {{3, 4}, {3, 4}})));
 }
 
 TEST(CalculateContourRotation, CountsTheChainAndTheSpokes) {

@@ -101,6 +101,11 @@ TEST(ChooseCurveSampleCount, FollowsLengthAndBend) {
     EXPECT_EQ(chooseCurveSampleCount(polyline(200.0, 0.0), 3), 100);
     EXPECT_EQ(chooseCurveSampleCount(polyline(299.0, 0.3), 3), 200);
     EXPECT_EQ(chooseCurveSampleCount(polyline(199.5, 0.8), 3), 200);
+    // The bends at which the spacing changes are a twelfth and a quarter of half a turn: 0.2618 and 0.7854.
+    EXPECT_EQ(chooseCurveSampleCount(polyline(299.5, 0.261), 3), 150);
+    EXPECT_EQ(chooseCurveSampleCount(polyline(299.5, 0.263), 3), 200);
+    EXPECT_EQ(chooseCurveSampleCount(polyline(299.5, 0.785), 3), 200);
+    EXPECT_EQ(chooseCurveSampleCount(polyline(299.5, 0.786), 3), 300);
     EXPECT_EQ(chooseCurveSampleCount(polyline(10.0, 0.0), 3), 40);
     EXPECT_EQ(chooseCurveSampleCount(polyline(10.0, 0.0), 0), 20);
     EXPECT_EQ(chooseCurveSampleCount(polyline(9000.0, 0.0), 3), 500);

@@ -76,6 +76,27 @@ TEST(FindDominantLABColorPointInContour, IsThePixelNearestToTheMean) {
     EXPECT_EQ(findDominantLABColorPointInContour(image, Whole(image)), cv::Point(2, 0));
 }
 
+TEST(FindDominantLABColorPointInContour, TheMeanIsTruncated) {
+    // Two pixels of one bin whose L differs by one: their mean ends in a half, which is cut off, so the darker one is
+    // the nearest although the brighter one comes first.
+    cv::Mat image(1, 2, CV_8UC3);
+    image.at<cv::Vec3b>(0, 0) = cv::Vec3b::all(95);
+    image.at<cv::Vec3b>(0, 1) = cv::Vec3b::all(94);
+    cv::Mat lab;
+    cv::cvtColor(image, lab, cv::COLOR_BGR2Lab);
+    ASSERT_EQ(lab.at<cv::Vec3b>(0, 0)[0], lab.at<cv::Vec3b>(0, 1)[0] + 1);
+    ASSERT_EQ(lab.at<cv::Vec3b>(0, 0)[0] / 16, lab.at<cv::Vec3b>(0, 1)[0] / 16) << "one bin of lightness";
+    EXPECT_EQ(findDominantLABColorPointInContour(image, Whole(image)), cv::Point(1, 0));
+}
+
+TEST(FindDominantLABColorPointInContour, DoesNotLookAtAlpha) {
+    const cv::Mat image = TestSupport::LoadColourPicture("coffee.png");
+    cv::Mat withAlpha;
+    cv::cvtColor(image, withAlpha, cv::COLOR_BGR2BGRA);
+    EXPECT_EQ(findDominantLABColorPointInContour(withAlpha, Whole(image)),
+              findDominantLABColorPointInContour(image, Whole(image)));
+}
+
 TEST(FindDominantLABColorPointInContour, OfEquallyNearPixelsTheFirstInScanOrderWins) {
     const cv::Mat image(9, 9, CV_8UC3, red);
     EXPECT_EQ(findDominantLABColorPointInContour(image, {{4, 2}, {7, 5}, {4, 8}, {1, 5}}), cv::Point(4, 2));

@@ -18,6 +18,7 @@ namespace Quorvane {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Not;
 using testing::SizeIs;
 using TestSupport::RandomInput;
 using UtilityFunctions::EdgeCaliper;
@@ -203,6 +204,15 @@ TEST(EdgeCaliper, TakesEveryTurningPointWithThresholdZero) {
     const cv::Mat faint = PictureOfProfile(Levels({{20, 100}, {22, 101}}));
     EXPECT_FALSE(Measure(AlongTheRow(40), faint, 1.0, 30.0).found);
     EXPECT_TRUE(Measure(AlongTheRow(40), faint, 1.0, 0.0).found);
+}
+
+TEST(EdgeCaliper, TakesTheLowPointBetweenTwoEdgesForAnEdge) {
+    const cv::Mat stairs = PictureOfProfile(Levels({{18, 0}, {5, 100}, {19, 200}}));
+    const Edges low = Measure(AlongTheRow(40), stairs, 1.5, 30.0, "positive");
+    EXPECT_THAT(low.columns, testing::Contains(testing::DoubleNear(20.0, 1e-9))) << "half way between 17.5 and 22.5";
+    const Edges high = Measure(AlongTheRow(40), stairs, 1.5, 150.0, "positive");
+    EXPECT_THAT(high.columns, Not(testing::Contains(testing::DoubleNear(20.0, 1.0))));
+    EXPECT_THAT(high.columns, SizeIs(testing::Ge(2u)));
 }
 
 TEST(EdgeCaliper, AcceptsAnAmplitudeOfExactlyTheThreshold) {

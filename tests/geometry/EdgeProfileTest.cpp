@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <limits>
 #include <numeric>
@@ -10,7 +11,10 @@
 namespace Quorvane {
 
 using testing::SizeIs;
+using UtilityFunctions::AmplitudeScale;
 using UtilityFunctions::DerivativeKernel;
+using UtilityFunctions::EdgeOffset;
+using UtilityFunctions::IsEdge;
 using UtilityFunctions::LimitedSigma;
 using UtilityFunctions::SampleCount;
 
@@ -59,6 +63,73 @@ TEST(DerivativeKernel, RisesThroughItsMiddleAndSumsToOneInAmount) {
         EXPECT_LT(kernel.front(), 0.0);
         EXPECT_GT(kernel.back(), 0.0);
     }
+}
+
+TEST(AmplitudeScale, GrowsWithSigma) {
+    EXPECT_DOUBLE_EQ(AmplitudeScale(1.0), 2.5066282746310002);
+    EXPECT_DOUBLE_EQ(AmplitudeScale(0.4), 1.0026513098524001);
+}
+
+using FiveSamples = std::array<double, 5>;
+
+bool IsEdgeInTheMiddle(const FiveSamples& derivative, double threshold = 0.0,
+                       EdgePolarity polarity = EdgePolarity::All) {
+    return IsEdge(derivative.data() + 2, 1.0, threshold, polarity);
+}
+
+TEST(IsEdge, AcceptsPeaksAndValleysOfEitherSign) {
+    EXPECT_TRUE(IsEdgeInTheMiddle({1, 2, 3, 2, 1}));
+    EXPECT_TRUE(IsEdgeInTheMiddle({3, 2, 1, 2, 3}));
+    EXPECT_TRUE(IsEdgeInTheMiddle({-1, -2, -3, -2, -1}));
+    EXPECT_TRUE(IsEdgeInTheMiddle({-3, -2, -1, -2, -3}));
+    EXPECT_TRUE(IsEdgeInTheMiddle({1, 3, 2, 0, 1})) << "the neighbour of a peak, too";
+}
+
+TEST(IsEdge, NeedsTheSlopeToChangeItsSign) {
+    EXPECT_FALSE(IsEdgeInTheMiddle({1, 2, 3, 4, 5}));
+    EXPECT_FALSE(IsEdgeInTheMiddle({3, 9, 3, 9, 1})) << "a slope of zero has no sign";
+    EXPECT_FALSE(IsEdgeInTheMiddle({1, 9, 3, 9, 3}));
+    EXPECT_FALSE(IsEdgeInTheMiddle({std::nan(""), 2, 3, 2, 1}));
+}
+
+TEST(IsEdge, ComparesTheScaledAmountWithTheThreshold) {
+    EXPECT_TRUE(IsEdgeInTheMiddle({1, 2, 3, 2, 1}, 3.0));
+    EXPECT_FALSE(IsEdgeInTheMiddle({1, 2, 3, 2, 1}, 3.001));
+    EXPECT_TRUE(IsEdgeInTheMiddle({-1, -2, -3, -2, -1}, 3.0));
+    EXPECT_FALSE(IsEdgeInTheMiddle({1, 2, 3, 2, 1}, std::nan("")));
+    const FiveSamples d{1, 2, 3, 2, 1};
+    EXPECT_TRUE(IsEdge(d.data() + 2, 2.0, 6.0, EdgePolarity::All));
+}
+
+TEST(IsEdge, WantsTheSignOfItsPolarity) {
+    const FiveSamples rise{1, 2, 3, 2, 1};
+    const FiveSamples fall{-1, -2, -3, -2, -1};
+    const FiveSamples none{-1, -1, 0, -1, -1};
+    EXPECT_TRUE(IsEdgeInTheMiddle(rise, 0.0, EdgePolarity::Positive));
+    EXPECT_FALSE(IsEdgeInTheMiddle(rise, 0.0, EdgePolarity::Negative));
+    EXPECT_FALSE(IsEdgeInTheMiddle(fall, 0.0, EdgePolarity::Positive));
+    EXPECT_TRUE(IsEdgeInTheMiddle(fall, 0.0, EdgePolarity::Negative));
+    EXPECT_TRUE(IsEdgeInTheMiddle(none));
+    EXPECT_FALSE(IsEdgeInTheMiddle(none, 0.0, EdgePolarity::Positive));
+    EXPECT_FALSE(IsEdgeInTheMiddle(none, 0.0, EdgePolarity::Negative));
+}
+
+double OffsetOf(const std::array<double, 3>& derivative) { return EdgeOffset(derivative.data() + 1); }
+
+TEST(EdgeOffset, IsTheVertexOfTheParabolaThroughTheAmounts) {
+    EXPECT_EQ(OffsetOf({2, 5, 2}), 0.0);
+    EXPECT_EQ(OffsetOf({3, 3, 1}), -0.5);
+    EXPECT_EQ(OffsetOf({-1, -3, -3}), 0.5);
+    EXPECT_EQ(OffsetOf({-1, 3, -3}), 0.5) << "signs do not count";
+}
+
+TEST(EdgeOffset, HasNoLimit) { EXPECT_DOUBLE_EQ(OffsetOf({1, 2, 3.0625}), -16.5); }
+
+TEST(EdgeOffset, IsZeroWhereThreeAmountsAreOnALine) {
+    EXPECT_EQ(OffsetOf({1, 1, 1}), 0.0);
+    EXPECT_EQ(OffsetOf({1, 2, 3}), 0.0);
+    EXPECT_EQ(OffsetOf({0, 0, 0.49e-10}), 0.0);
+    EXPECT_EQ(OffsetOf({0, 0, 0.51e-10}), -0.5);
 }
 
 }  // namespace

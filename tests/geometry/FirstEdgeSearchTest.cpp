@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cmath>
+#include <limits>
 #include <opencv2/core.hpp>
 #include <string>
 
@@ -91,6 +94,54 @@ TEST(FirstEdgeSearch, EqualsThePlainCaliperOnPictures) {
             CompareCalipers(random, picture, 100);
         }
     }
+}
+
+TEST(FirstEdgeSearch, ScansAlongZeroesOfEitherSign) {
+    // A sine or cosine of minus zero turns the infinities of a division round.
+    cv::Mat image(40, 60, CV_8UC1, cv::Scalar(20));
+    image.colRange(30, 60).setTo(200);
+    FirstEdgeSearch search(image, 2.5, 1.0, 30.0, EdgePolarity::All);
+    for (const double angle : {0.0, -0.0}) {
+        cv::Point2f edge(-1, -2);
+        EXPECT_TRUE(search.Find({20.0, 30.0, angle, 15.0}, edge)) << angle;
+        EXPECT_NEAR(edge.x, 29.5, 1e-5);
+        EXPECT_FALSE(search.Find({90.0, 30.0, angle, 15.0}, edge)) << angle;
+        EXPECT_FALSE(search.Find({-50.0, 30.0, angle, 15.0}, edge)) << angle;
+    }
+}
+
+bool SameNumber(float a, float b) { return a == b || (std::isnan(a) && std::isnan(b)); }
+
+TEST(FirstEdgeSearch, EqualsThePlainCaliperWherePixelsAreNotFinite) {
+    RandomInput random(47);
+    int found = 0;
+    for (int i = 0; i < 1500 && !HasFailure(); ++i) {
+        SCOPED_TRACE("case " + std::to_string(i));
+        cv::Mat image = random.Image({80, 60});
+        image.convertTo(image, CV_32F);
+        for (int k = 0; k < 4; ++k) {
+            const std::array<float, 3> values{std::numeric_limits<float>::quiet_NaN(),
+                                              std::numeric_limits<float>::infinity(),
+                                              -std::numeric_limits<float>::infinity()};
+            image.at<float>(random.Integer(0, 59), random.Integer(0, 79)) =
+                values[static_cast<std::size_t>(random.Integer(0, 2))];
+        }
+        const CaliperPlace place{random.Real(0.0, 60.0), random.Real(0.0, 80.0), random.Real(-7.0, 7.0),
+                                 random.Real(3.0, 40.0)};
+        const double threshold = random.Real(0.0, 150.0);
+        Reference::EdgeCaliper plain;
+        plain.configure(place.row, place.column, place.angle, place.halfLength, 2.5, "bilinear");
+        std::vector<double> rows, columns, amplitudes, distances;
+        const bool expected =
+            plain.measure(image, 1.0, threshold, "all", "first", rows, columns, amplitudes, distances);
+        cv::Point2f edge;
+        ASSERT_EQ(FirstEdgeSearch(image, 2.5, 1.0, threshold, EdgePolarity::All).Find(place, edge), expected);
+        if (!expected) continue;
+        EXPECT_TRUE(SameNumber(edge.x, static_cast<float>(columns[0])));
+        EXPECT_TRUE(SameNumber(edge.y, static_cast<float>(rows[0])));
+        ++found;
+    }
+    EXPECT_GT(found, 300);
 }
 
 TEST(FirstEdgeSearch, ReadsASubImageInPlace) {

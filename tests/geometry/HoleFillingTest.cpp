@@ -105,6 +105,46 @@ TEST(FillHolesMorphologicalEnhanced, TheMeanIsTakenOverTheRegionAroundTheHole) {
     EXPECT_EQ(filled.at<cv::Vec3b>(41, 59), cv::Vec3b::all(105));
 }
 
+TEST(FillHolesMorphologicalEnhanced, TheSurroundingsOfAHoleAtTheTopLeftReachFartherToTheOtherSide) {
+    // The hole's box of 4 x 4 at (2, 2) grows to 24 x 24 at (0, 0), not to 16 x 16: besides 24 * 16 - 16 pixels of 100
+    // it holds 24 * 8 of 116, whose common mean is 105.5 less a little. Down, the same.
+    cv::Mat picture(80, 120, CV_8UC3, cv::Scalar::all(100));
+    picture.colRange(16, 120).setTo(cv::Scalar::all(116));
+    picture(cv::Rect(2, 2, 4, 4)).setTo(ink);
+    EXPECT_EQ(fillHolesMorphologicalEnhanced(picture, 30.0, 100, 5, 10).at<cv::Vec3b>(3, 3), cv::Vec3b::all(105));
+    cv::Mat turned;
+    cv::transpose(picture, turned);
+    EXPECT_EQ(fillHolesMorphologicalEnhanced(turned, 30.0, 100, 5, 10).at<cv::Vec3b>(3, 3), cv::Vec3b::all(105));
+}
+
+TEST(FillHolesMorphologicalEnhanced, AColourThatWasPaintedCountsAroundTheNextHole) {
+    // The lower hole comes first. Widened, it paints a part of the region between the two holes; the upper one, which
+    // is too small to be widened, takes the mean of what then stands around it.
+    const cv::Rect upper(50, 26, 5, 5);
+    const cv::Rect lower(48, 38, 8, 8);
+    cv::Mat picture(80, 120, CV_8UC3, cv::Scalar::all(100));
+    picture.rowRange(40, 80).setTo(cv::Scalar::all(160));
+    cv::Mat region(picture.size(), CV_8UC1, cv::Scalar(255));
+    for (const cv::Rect& hole : {upper, lower}) {
+        picture(hole).setTo(ink);
+        region(hole).setTo(0);
+    }
+    const cv::Mat filled = fillHolesMorphologicalEnhanced(picture, 80.0, 100, 6, 3);
+    const cv::Rect around(40, 16, 25, 25);
+    const auto meanAround = [&](const cv::Mat& image) { return cv::mean(image(around), region(around))[0]; };
+    EXPECT_EQ(filled.at<cv::Vec3b>(28, 52), cv::Vec3b::all(cv::saturate_cast<uchar>(meanAround(filled))));
+    EXPECT_GT(meanAround(filled), meanAround(picture) + 1.0);
+}
+
+TEST(FillHolesMorphologicalEnhanced, TakesAlphaAlong) {
+    const cv::Mat picture = FieldWith({50, 40, 5, 4});
+    cv::Mat withAlpha;
+    cv::cvtColor(picture, withAlpha, cv::COLOR_BGR2BGRA);
+    cv::Mat expected;
+    cv::cvtColor(Uniform(), expected, cv::COLOR_BGR2BGRA);
+    EXPECT_THAT(fillHolesMorphologicalEnhanced(withAlpha, 5.0, 100, 5, 2), EqualsMat(expected));
+}
+
 TEST(FillHolesMorphologicalEnhanced, NothingBecomesNothing) {
     EXPECT_TRUE(fillHolesMorphologicalEnhanced(cv::Mat(), 5.0, 100, 5, 2).empty());
 }

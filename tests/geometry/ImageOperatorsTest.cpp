@@ -123,6 +123,20 @@ TEST(ApplySketchFilter, RefusesNothingAtAll) {
     EXPECT_THAT(result, EqualsMat(before));
 }
 
+TEST(ApplySketchFilter, RefusesOtherDepths) {
+    cv::Mat result = RandomInput(65).Image({7, 5});
+    const cv::Mat before = result.clone();
+    for (const int type : {CV_16UC1, CV_16UC3, CV_32FC1, CV_32FC3}) {
+        EXPECT_THROW(ApplySketchFilter(cv::Mat::zeros(9, 9, type), result, 50), cv::Exception) << type;
+    }
+    EXPECT_THAT(result, EqualsMat(before));
+}
+
+TEST(ApplySketchFilter, OfAUniformPictureIsBlack) {
+    const cv::Mat black = cv::Mat::zeros(9, 9, CV_8UC1);
+    EXPECT_THAT(Sketch(cv::Mat(9, 9, CV_8UC1, cv::Scalar(130)), 40), EqualsMat(black));
+}
+
 TEST(ApplySketchFilter, LeavesTheSourceAloneAndMayReplaceIt) {
     cv::Mat picture = TestSupport::LoadGrayPicture("coins.png");
     const cv::Mat before = picture.clone();
@@ -228,6 +242,18 @@ TEST(ThresholdAndFindAllRegionCenter, TakesColourPicturesAndGivesGrayMasks) {
         ASSERT_EQ(found.masks.size(), 1u);
         EXPECT_EQ(found.masks[0].type(), CV_8UC1);
         EXPECT_EQ(found.centers[0], cv::Point2f(10, 10));
+    }
+}
+
+TEST(ThresholdAndFindAllRegionCenter, MasksHaveTheDepthOfThePicture) {
+    for (const int type : {CV_16UC1, CV_32FC1}) {
+        cv::Mat gray = cv::Mat::zeros(40, 40, type);
+        gray(cv::Rect(5, 6, 10, 12)).setTo(3000);
+        cv::Mat expected = cv::Mat::zeros(40, 40, type);
+        expected(cv::Rect(5, 6, 10, 12)).setTo(255);
+        const Regions found = RegionsIn(gray, 2900, 3000);
+        ASSERT_EQ(found.masks.size(), 1u) << type;
+        EXPECT_THAT(found.masks[0], EqualsMat(expected)) << type;
     }
 }
 

@@ -68,9 +68,7 @@ TEST(Line, OfTwoPointsRunsFromTheFirstToTheSecond) {
     EXPECT_THAT(reversed.direction, TestSupport::NearPoint(cv::Point2f(-0.6f, -0.8f), 1e-7));
 }
 
-TEST(Line, OfTwoEqualPointsIsVertical) {
-    EXPECT_TRUE(Line(cv::Point2f(5, 5), cv::Point2f(5, 5)).isVertical);
-}
+TEST(Line, OfTwoEqualPointsIsVertical) { EXPECT_TRUE(Line(cv::Point2f(5, 5), cv::Point2f(5, 5)).isVertical); }
 
 TEST(Line, CountsAsVerticalStrictlyBelowTheTolerance) {
     // The float nearest to 1e-7 lies above the double 1e-7; its lower neighbour lies below.
@@ -97,6 +95,14 @@ TEST(Line, OfSlopeAndInterceptKeepsBoth) {
     EXPECT_EQ(line.linePoint, cv::Point2f(0, 1));
     EXPECT_THAT(line.direction, TestSupport::NearPoint(cv::Point2f(1 / rootOfFive, 2 / rootOfFive), 1e-7));
     EXPECT_EQ(line.toString(), "Line: y = 2.00x + 1.00");
+}
+
+TEST(Line, OfASlopeThatIsNoNumberHasNoDirection) {
+    const Line line(std::numeric_limits<float>::quiet_NaN(), 1.0f);
+    EXPECT_TRUE(std::isnan(line.direction.x));
+    EXPECT_TRUE(std::isnan(line.direction.y));
+    EXPECT_FALSE(line.isVertical);
+    EXPECT_EQ(line.linePoint, cv::Point2f(0, 1));
 }
 
 TEST(Line, ComesBackFromItsVectorUpToTheSign) {
@@ -191,11 +197,27 @@ TEST(Line, KeepsTwoCrossingsHoweverNear) {
     EXPECT_LT(cv::norm(crossings[0] - crossings[1]), 1.0);
 }
 
-TEST(Line, MergesCrossingsStrictlyNearerThanOnePixel) {
-    // y = x + 1 meets the square of side 64 at (0, 1) on the left and at (63, 64) at the bottom; both are far apart.
-    EXPECT_EQ(Line(1.0f, 1.0f).getIntersectionWithImage({64, 64}).size(), 2u);
+TEST(Line, MergesOneCornerOutOfThreeCrossings) {
     // y = x/2 through the corner (0, 0): found at the top and at the left, merged, and met on the right at (64, 32).
-    EXPECT_EQ(Line(0.5f, 0.0f).getIntersectionWithImage({64, 64}).size(), 2u);
+    EXPECT_THAT(Line(0.5f, 0.0f).getIntersectionWithImage({64, 64}),
+                ElementsAre(TestSupport::NearPoint(cv::Point2f(0, 0), 1e-4),
+                            TestSupport::NearPoint(cv::Point2f(64, 32), 1e-4)));
+}
+
+TEST(Line, MergesCrossingsStrictlyNearerThanOnePixel) {
+    // Products below the least float vanish, which lets a line that is all but upright, or all but level, meet three
+    // borders of a picture without width or height at any distance from each other.
+    Line line;
+    line.a = 1e10f;
+    line.b = std::numeric_limits<float>::denorm_min();
+    line.c = 0.0f;
+    EXPECT_THAT(line.getIntersectionWithImage({0, 1}), ElementsAre(cv::Point2f(0, 0), cv::Point2f(0, 1)))
+        << "top and bottom are exactly one pixel apart; left and right are those of the top";
+    line.a = 2.0f * std::numeric_limits<float>::denorm_min();
+    line.b = 1e10f;
+    line.c = -std::numeric_limits<float>::denorm_min();
+    EXPECT_THAT(line.getIntersectionWithImage({1, 0}), ElementsAre(cv::Point2f(0.5f, 0)))
+        << "left and right are half a pixel away";
 }
 
 TEST(Line, CrossesNoBorderWhenItIsHorizontalOrVertical) {
@@ -284,6 +306,21 @@ TEST(ComputeQuadrilateralCenter, NeedsEveryCorner) {
     EXPECT_FALSE(computeQuadrilateralCenterRobust(l2, l1, l4, parallelToL1, center));
     EXPECT_FALSE(computeQuadrilateralCenterRobust(Line(), Line(), Line(), Line(), center));
     EXPECT_EQ(center, cv::Point2f(7, 8));
+}
+
+TEST(ComputeQuadrilateralCenter, TakesSidesOfExactlyTheLeastAngle) {
+    // Every corner has this determinant: that of (1, 0) with (0, b).
+    const auto found = [](float determinant, cv::Point2f& center) {
+        Line upright(1.0f, 0.0f, -3.0f);
+        Line level;
+        level.b = determinant;
+        return computeQuadrilateralCenterRobust(level, level, upright, upright, center);
+    };
+    cv::Point2f center(7, 8);
+    EXPECT_FALSE(found(std::nextafter(1e-7f, 0.0f), center));
+    EXPECT_EQ(center, cv::Point2f(7, 8));
+    EXPECT_TRUE(found(1e-7f, center));
+    EXPECT_THAT(center, TestSupport::NearPoint(cv::Point2f(3, 0), 1e-6));
 }
 
 }  // namespace

@@ -1,11 +1,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <opencv2/core.hpp>
 #include <stdexcept>
 
+#include "geometry/EdgeCaliper.h"
 #include "geometry/UtilityFunctions.h"
 #include "tests/support/Matchers.h"
 #include "tests/support/Scene.h"
@@ -23,9 +25,7 @@ namespace {
 const cv::Point2d discCenter(100.3, 79.8);
 constexpr double discRadius = 40.0;
 
-cv::Mat DarkDisc() {
-    return Scene({200, 160}, 210.0).Paint(Disc(discCenter, discRadius), 30.0).Blur(1.0).Gray();
-}
+cv::Mat DarkDisc() { return Scene({200, 160}, 210.0).Paint(Disc(discCenter, discRadius), 30.0).Blur(1.0).Gray(); }
 
 struct Circle {
     cv::Point2f center{-1, -2};
@@ -144,6 +144,40 @@ TEST(MeasureCircle, KeepsWildPointsAndScoresThemLower) {
     const Circle circle = Measured(image, 60.0, EdgePolarity::Positive, SearchDirection::Outward);
     EXPECT_LT(circle.score, 0.95);
     EXPECT_GT(circle.center.x, discCenter.x + 0.5);
+}
+
+/// The strongest edge within 20 pixels of the centre, seen at an angle in degrees.
+double AmplitudeNearTheCentre(const cv::Mat& image, const cv::Point2d& center, double degrees) {
+    const double theta = degrees * CV_PI / 180.0;
+    UtilityFunctions::EdgeCaliper caliper;
+    caliper.configure(center.y + 10.0 * std::sin(theta), center.x + 10.0 * std::cos(theta), theta, 10.0, 5.0, image,
+                      "bilinear");
+    std::vector<double> rows, columns, amplitudes, distances;
+    caliper.measure(image, 1.0, 1.0, "all", "all", rows, columns, amplitudes, distances);
+    double strongest = 0.0;
+    for (const double amplitude : amplitudes) strongest = std::max(strongest, std::abs(amplitude));
+    return strongest;
+}
+
+TEST(MeasureCircle, DeliversACircleOfALowScore) {
+    // A small square inside a wide ring. Calipers across its corners meet the weakest edges, and the threshold lets
+    // just these pass and reach the ring: a heap of points and four far away are no circle.
+    const cv::Point2d middle(200.0, 200.0);
+    const cv::Mat image = Scene({401, 401}, 240.0)
+                              .Paint(Disc(middle, 180.0), 40.0)
+                              .Paint(TestSupport::Rectangle(middle, {9.0, 9.0}, 0.0), 200.0)
+                              .Blur(1.0)
+                              .Gray();
+    const double atCorner = AmplitudeNearTheCentre(image, middle, 45.0);
+    const double besideIt = AmplitudeNearTheCentre(image, middle, 46.0);
+    ASSERT_LT(atCorner, besideIt);
+    Circle circle;
+    MeasureCircle(image, middle, 195.0, circle.center, circle.radius, circle.score, EdgePolarity::All,
+                  SearchDirection::Outward, 1.0, (atCorner + besideIt) / 2.0, 1.0);
+    EXPECT_LT(circle.score, 0.3);
+    EXPECT_THAT(circle.center, TestSupport::NearPoint(middle, 2.0));
+    EXPECT_GT(circle.radius, 10.0);
+    EXPECT_LT(circle.radius, 25.0);
 }
 
 TEST(MeasureCircle, TakesACircleThatReachesBeyondThePicture) {

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <opencv2/core.hpp>
+#include <type_traits>
 
 #include "geometry/UtilityFunctions.h"
 #include "tests/support/Matchers.h"
@@ -39,6 +40,18 @@ MATCHER(IsDefaultLine, "is the line that stands for none") {
     return arg.a == 0.0f && arg.b == -1.0f && arg.c == 0.0f && arg.linePoint == cv::Point2f(0, 0) &&
            arg.direction == cv::Point2f(1, 0) && arg.slope == 0.0f && arg.intercept == 0.0f && !arg.isVertical;
 }
+
+// Hosts store these numbers, and use the names of both namespaces.
+static_assert(static_cast<int>(EdgePolarity::All) == 0 && static_cast<int>(EdgePolarity::Positive) == 1 &&
+              static_cast<int>(EdgePolarity::Negative) == 2);
+static_assert(static_cast<int>(SearchDirection::Outward) == 0 && static_cast<int>(SearchDirection::Inward) == 1 &&
+              static_cast<int>(SearchDirection::LeftToRight) == 2 &&
+              static_cast<int>(SearchDirection::RightToLeft) == 3 &&
+              static_cast<int>(SearchDirection::TopToBottom) == 4 &&
+              static_cast<int>(SearchDirection::BottomToTop) == 5);
+static_assert(std::is_same_v<EdgePolarity, UtilityFunctions::EdgePolarity> &&
+              std::is_same_v<SearchDirection, UtilityFunctions::SearchDirection> &&
+              std::is_same_v<Line, UtilityFunctions::Line> && std::is_same_v<Curve, UtilityFunctions::Curve>);
 
 TEST(MeasureLine, FindsAnUprightEdgeToAFractionOfAPixel) {
     for (const double x : {79.5, 80.0, 80.25, 83.7}) {

@@ -21,7 +21,7 @@ if(STEP STREQUAL "install")
     run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix})
 elseif(STEP STREQUAL "cmake")
     run(${CMAKE_COMMAND} -G ${GENERATOR} -S ${HOST} -B ${SCRATCH}/with-cmake -D CMAKE_BUILD_TYPE=Release
-        -D CMAKE_CXX_COMPILER=${CXX} -D CMAKE_PREFIX_PATH=${prefix} -D OpenCV_DIR=${OPENCV_DIR})
+        -D CMAKE_CXX_COMPILER=${CXX} -D CMAKE_PREFIX_PATH=${prefix})
     run(${CMAKE_COMMAND} --build ${SCRATCH}/with-cmake)
     run_host(${SCRATCH}/with-cmake/host)
 elseif(STEP STREQUAL "pkg-config")

@@ -271,9 +271,8 @@ void MeasureCurve(const cv::Mat& image, const cv::Point2f& center, double width,
                   EdgePolarity polarity, SearchDirection direction, double sigma, double threshold, double step) {
     std::vector<CurveSample> samples =
         EdgesOfRow(image, center, width, height, polarity, direction, sigma, threshold, step);
-    std::stable_sort(samples.begin(), samples.end(), [](const CurveSample& a, const CurveSample& b) {
-        return a.scanCoordinate < b.scanCoordinate;
-    });
+    std::stable_sort(samples.begin(), samples.end(),
+                     [](const CurveSample& a, const CurveSample& b) { return a.scanCoordinate < b.scanCoordinate; });
     curve.measuredPoints.clear();
     for (const CurveSample& sample : samples) curve.measuredPoints.push_back(sample.point);
     curve.curvePoints.clear();

@@ -6,20 +6,9 @@
 #include <vector>
 
 #include "Includes/line2Dup.h"
+#include "tests/reference/PlainGradientFeatures.h"
 
 namespace Quorvane::Reference {
-
-/// The matcher's gradient images from their definition: histograms of labels, one pixel after the other.
-struct GradientImages {
-    cv::Mat quantised;
-    cv::Mat magnitude;
-    cv::Mat rawAngle;
-};
-GradientImages ComputeGradients(const cv::Mat& source, float weakThreshold);
-
-/// Features of gradient images and a mask (empty, or of their size), from the definition. Empty if there are too few.
-std::vector<line2Dup::GradientFeature> ExtractFeatures(const GradientImages& images, const cv::Mat& mask,
-                                                       std::size_t wanted, float strongThreshold);
 
 /// The eight response maps by the table of 256 responses.
 std::vector<cv::Mat> ComputeResponseMaps(const cv::Mat& spread);

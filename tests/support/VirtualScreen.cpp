@@ -8,6 +8,8 @@
 #include <X11/extensions/XTest.h>
 #include <X11/keysym.h>
 #include <fcntl.h>
+#include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -21,17 +23,17 @@ namespace {
 /// Windows come and go between two questions about them; a question about one that is gone has no answer.
 int IgnoreError(Display*, XErrorEvent*) { return 0; }
 
-/// Runs Xvfb on a display number that it chooses and writes to `numberPipe`. It ends when the last program that talks
-/// to it has gone.
+/// Runs Xvfb on a display number that it chooses and writes to `numberPipe`.
 pid_t StartServer(const std::string& screen, int numberPipe) {
     const std::string pipeText = std::to_string(numberPipe);
     const pid_t server = fork();
     if (server != 0) return server;
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
     const int silence = open("/dev/null", O_RDWR);
     dup2(silence, STDOUT_FILENO);
     dup2(silence, STDERR_FILENO);
     execlp("Xvfb", "Xvfb", "-displayfd", pipeText.c_str(), "-screen", "0", screen.c_str(), "-nolisten", "tcp",
-           "-terminate", static_cast<char*>(nullptr));
+           static_cast<char*>(nullptr));
     _exit(127);
 }
 
@@ -90,12 +92,12 @@ struct VirtualScreen::Connection {
 VirtualScreen::VirtualScreen(int width, int height) {
     int ends[2];
     if (pipe(ends) != 0) throw std::runtime_error("no pipe");
-    const pid_t server = StartServer(std::to_string(width) + "x" + std::to_string(height) + "x24", ends[1]);
+    server_ = StartServer(std::to_string(width) + "x" + std::to_string(height) + "x24", ends[1]);
     close(ends[1]);
     const std::string number = ReadLine(ends[0]);
     close(ends[0]);
     if (number.empty()) {
-        waitpid(server, nullptr, 0);
+        waitpid(server_, nullptr, 0);
         throw std::runtime_error("Xvfb cannot be started");
     }
     const std::string name = ":" + number;
@@ -105,8 +107,8 @@ VirtualScreen::VirtualScreen(int width, int height) {
     connection_ = std::make_unique<Connection>(name);
 }
 
-// The server is not ended here: OpenCV's windows stay connected until this process has ended, and a connection that
-// breaks before would end the process as a failure.
+// The server is left running and ends with this process: OpenCV's windows keep a connection to it for good, and a
+// process whose connection breaks is ended with a failure.
 VirtualScreen::~VirtualScreen() = default;
 
 std::vector<std::string> VirtualScreen::WindowTitles() const {

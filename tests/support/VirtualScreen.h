@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sys/types.h>
 #include <memory>
 #include <opencv2/core/mat.hpp>
 #include <string>
@@ -7,8 +8,8 @@
 
 namespace Quorvane::TestSupport {
 
-/// A screen that nobody sees, with a keyboard: an X server of its own (Xvfb) that this process talks to. While it
-/// lives, windows that the process opens for the first time appear on it.
+/// A screen that nobody sees, with a keyboard: an X server of its own (Xvfb) that this process talks to. Windows that
+/// the process opens for the first time appear on it. The server ends with the process.
 class VirtualScreen {
 public:
     /// Starts the server and points DISPLAY to it. Throws `std::runtime_error` where there is no Xvfb.
@@ -32,6 +33,7 @@ public:
 private:
     struct Connection;
 
+    pid_t server_ = -1;
     std::unique_ptr<Connection> connection_;
 };
 

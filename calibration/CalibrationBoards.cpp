@@ -1,0 +1,40 @@
+#include <opencv2/calib3d.hpp>
+
+#include "calibration/CameraCalibration.h"
+#include "calibration/CircleGrid.h"
+#include "calibration/LastError.h"
+#include "calibration/ShotQuality.h"
+
+namespace Quorvane::CameraCalibration {
+
+bool FindCalibrationBoard(const cv::Mat& image, cv::Size patternSize, std::vector<cv::Point2f>& centers,
+                          double& quality, int flags, const cv::Ptr<cv::Feature2D>& blobDetector) {
+    const auto find = [&] {
+        cv::Mat gray;
+        if (image.empty() || !ToBoardGray(image, gray)) return false;
+        const cv::Mat evened = EvenedImage(gray);
+        const bool found = cv::findCirclesGrid(gray, patternSize, centers, flags, blobDetector);
+        if (found) {
+            RefineCenters(gray, centers);
+        } else {
+            // Deliberately without effect: the host's detector sees the evened picture too, but a shot that is good
+            // only after evening is to be taken again.
+            cv::findCirclesGrid(evened, patternSize, centers, flags, blobDetector);
+        }
+        const std::vector<cv::Point3f> grid = GenerateActualPositions(patternSize.width, patternSize.height, unitPitch);
+        if (!found) {
+            centers.clear();
+            quality = noQuality;
+            return FailWith(ReshootText("FindCalibrationBoard"));
+        }
+        quality = FisheyeShotQuality(grid, centers, gray.size());
+        return true;
+    };
+    return ReportingExceptions("FindCalibrationBoard", find, [&] {
+        centers.clear();
+        quality = noQuality;
+        return false;
+    });
+}
+
+}  // namespace Quorvane::CameraCalibration

@@ -1,0 +1,76 @@
+#include "calibration/CircleGrid.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include "calibration/LastError.h"
+#include "calibration/StopCriteria.h"
+
+namespace Quorvane::CameraCalibration {
+
+namespace {
+
+// Sizes in pixels.
+const cv::Size noiseWindow(5, 5);
+constexpr int edgeKeepingDiameter = 9;
+constexpr double edgeKeepingSigma = 50.0;   // of gray levels and of distance alike
+const cv::Size backgroundWindow(151, 151);  // wider than a circle with its surroundings
+constexpr double sigmaOfWindow = 0.0;       // OpenCV derives it from the window's size
+constexpr double evenLevel = 128.0;         // the middle of the gray range
+const cv::Size refinementHalfWindow(3, 3);
+const cv::Size noDeadZone(-1, -1);
+
+}  // namespace
+
+std::vector<cv::Point3f> GenerateActualPositions(int columns, int rows, float pitch) {
+    const auto lay = [&] {
+        std::vector<cv::Point3f> positions;
+        if (columns <= 0 || rows <= 0) return positions;
+        positions.reserve(static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows));
+        for (int row = 0; row < rows; ++row) {
+            for (int column = 0; column < columns; ++column) {
+                positions.emplace_back(static_cast<float>(column) * pitch, static_cast<float>(row) * pitch, 0.0f);
+            }
+        }
+        return positions;
+    };
+    return ReportingExceptions("GenerateActualPositions", lay, [] { return std::vector<cv::Point3f>(); });
+}
+
+bool ToBoardGray(const cv::Mat& image, cv::Mat& gray) {
+    switch (image.channels()) {
+        case 1: gray = image.clone(); return true;
+        case 3: cv::cvtColor(image, gray, cv::COLOR_BGR2GRAY); return true;
+        default: return false;
+    }
+}
+
+cv::Mat EvenedImage(const cv::Mat& gray) {
+    cv::Mat smooth;
+    cv::GaussianBlur(gray, smooth, noiseWindow, sigmaOfWindow, sigmaOfWindow, cv::BORDER_DEFAULT);
+    cv::Mat filtered;
+    cv::bilateralFilter(smooth, filtered, edgeKeepingDiameter, edgeKeepingSigma, edgeKeepingSigma, cv::BORDER_DEFAULT);
+    cv::Mat background;
+    cv::GaussianBlur(filtered, background, backgroundWindow, sigmaOfWindow, sigmaOfWindow, cv::BORDER_DEFAULT);
+    // One expression on purpose: in two steps the difference would lose its negative values before 128 is added.
+    filtered = filtered - background + cv::Scalar(evenLevel);
+    return filtered;
+}
+
+bool FindBoardEitherWay(const cv::Mat& gray, cv::Size pattern, const CircleSearch& search,
+                        std::vector<cv::Point2f>& centers, cv::Size& found) {
+    const cv::Mat evened = EvenedImage(gray);
+    for (const cv::Size& tried : {pattern, cv::Size(pattern.height, pattern.width)}) {
+        for (const cv::Mat& picture : {gray, evened}) {
+            if (!search(picture, tried, centers)) continue;
+            found = tried;
+            return true;
+        }
+    }
+    return false;
+}
+
+void RefineCenters(const cv::Mat& gray, std::vector<cv::Point2f>& centers) {
+    cv::cornerSubPix(gray, centers, refinementHalfWindow, noDeadZone, StopCriteria());
+}
+
+}  // namespace Quorvane::CameraCalibration
