@@ -6,12 +6,12 @@
 #include <iostream>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
-#include <regex>
 #include <stdexcept>
 
 #include "Includes/smartfilling.h"
 #include "tests/reference/PlainFilling.h"
 #include "tests/support/CapturedStream.h"
+#include "tests/support/ConsoleText.h"
 #include "tests/support/Matchers.h"
 #include "tests/support/RandomInput.h"
 #include "tests/support/Tray.h"
@@ -49,8 +49,7 @@ Console Listen(Action action) {
 
 /// Times, and the matcher's own notice of a small template, are not part of what is looked at here.
 std::string WithoutTimes(const std::string& text) {
-    const std::string quiet = std::regex_replace(text, std::regex("have no enough features, exaustive mode\n"), "");
-    return std::regex_replace(quiet, std::regex("elasped time:[^s]*s"), "elasped time:#s");
+    return TestSupport::WithoutTimes(TestSupport::WithoutLine(text, "have no enough features, exaustive mode"));
 }
 
 const std::string timeLine = "\nelasped time:#s\n\n";
