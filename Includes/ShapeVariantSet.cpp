@@ -15,11 +15,12 @@ cv::Point2f MiddleOf(const cv::Mat& image) {
     return {static_cast<float>(image.cols) * 0.5f, static_cast<float>(image.rows) * 0.5f};
 }
 
+bool IsEnumerable(const std::vector<float>& range) { return range.size() == 1 || range.size() == 2; }
+
 /// The values of a range of one value or of two.
 std::vector<float> ValuesOf(const std::vector<float>& range, float step, float eps) {
     if (range.size() == 1) return range;
     std::vector<float> values;
-    if (range.size() != 2) return values;
     // Added up in float on purpose: it decides how many values there are and what the angles of all hits are.
     float value = range[0];
     while (value <= range[1] + eps) {
@@ -35,6 +36,7 @@ ShapeVariantSet::ShapeVariantSet(const cv::Mat& image, const cv::Mat& imageMask)
     : src(image), mask(imageMask.empty() ? cv::Mat(image.size(), CV_8U, cv::Scalar(255)) : imageMask) {}
 
 void ShapeVariantSet::Produce(cv::Point2f targetOffset) {
+    variants.clear();
     if (angleRange.empty()) angleRange.push_back(0.0f);
     if (scaleRange.empty()) scaleRange.push_back(1.0f);
 
@@ -47,9 +49,10 @@ void ShapeVariantSet::Produce(cv::Point2f targetOffset) {
         variant.imageCentre = MiddleOf(src);
     }
 
-    const std::vector<float> angles = ValuesOf(angleRange, angleStep, eps);
+    if (!IsEnumerable(angleRange) || !IsEnumerable(scaleRange)) return;
     const std::vector<float> scales = ValuesOf(scaleRange, scaleStep, eps);
-    variants.clear();
+    if (scales.empty()) return;
+    const std::vector<float> angles = ValuesOf(angleRange, angleStep, eps);
     variants.reserve(angles.size() * scales.size());
     for (const float scale : scales) {
         for (const float angle : angles) {

@@ -48,8 +48,10 @@ namespace Quorvane {
 /// |        | with the number of parameters<vecTargetShapePoints_Y>."              | they have different lengths      |
 /// | 3      | "Can't find target template!"                                        | the region is over half the image|
 ///
-/// Exceptions of OpenCV reach the caller; so an object without any region of its own colour ends. An object with too
-/// few edges is status 0 with a count of 0. Notices go to standard output and standard error.
+/// An object with too few edges is status 0 with a count of 0. A similarity of 1 or more, or not-a-number, finds
+/// nothing; one of 0.5 or less finds many places that are no copies, and the memory and the time that a run takes grow
+/// with them, to gigabytes where every place is good enough. Exceptions of OpenCV (for pictures of other types) and of
+/// conversions (for parameters that are no numbers) reach the caller. Notices go to standard output and standard error.
 class IntelligentFilling : public Algorithm {
 public:
     IntelligentFilling();

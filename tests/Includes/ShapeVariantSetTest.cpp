@@ -183,5 +183,19 @@ TEST(RotateImage, WithoutATurnIsTheImage) {
     EXPECT_THAT(ShapeVariantSet::RotateImage(image, 0.0f, 1.0f), EqualsMat(image));
 }
 
+TEST(ShapeVariantSet, ARangeOfImpossibleSizeEndsWhateverTheOthersStepIs) {
+    EXPECT_THAT(SetOf({0.0f, 360.0f}, 0.0f, {1.0f, 2.0f, 3.0f}, 1.0f).variants, IsEmpty());
+    EXPECT_THAT(SetOf({0.0f, 10.0f, 20.0f}, 10.0f, {1.0f, 2.0f}, 0.0f).variants, IsEmpty());
+    // No scale, so that the loop of the angles is never entered.
+    EXPECT_THAT(SetOf({0.0f, 360.0f}, 0.0f, {2.0f, 1.0f}, 0.5f).variants, IsEmpty());
+}
+
+TEST(ShapeVariantSet, ForgetsItsVariantsBeforeAMaskCanBeRefused) {
+    ShapeVariantSet set = SetOf({0.0f, 10.0f}, 10.0f, {}, 0.5f);
+    ASSERT_THAT(set.variants, SizeIs(2));
+    set.mask = cv::Mat(14, 21, CV_32F, cv::Scalar(1));
+    EXPECT_THROW(set.Produce(target), cv::Exception);
+    EXPECT_THAT(set.variants, IsEmpty());
+}
 }  // namespace
 }  // namespace Quorvane
