@@ -238,5 +238,13 @@ TEST_F(FillingResultsTest, TakesASubImage) {
     EXPECT_THAT(destination, EqualsMat(expected));
 }
 
+TEST_F(FillingResultsTest, TakesAFourthChannelWithTheObjectReadFromTheBytesOfThree) {
+    cv::Mat picture;
+    cv::cvtColor(SmallTray().picture, picture, cv::COLOR_BGR2BGRA);
+    const Reference::FillingOutcome outcome = ExpectPlainOutcome(picture, JobOn(SmallTray()));
+    EXPECT_EQ(outcome.matches.size(), 3U);
+    EXPECT_EQ(destination.type(), CV_8UC4);
+}
+
 }  // namespace
 }  // namespace Quorvane
