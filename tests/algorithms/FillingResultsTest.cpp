@@ -1,10 +1,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <iostream>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
+#include <set>
+#include <string>
+#include <vector>
 
 #include "tests/algorithms/FillingFixture.h"
 #include "tests/support/CapturedStream.h"
@@ -54,9 +58,34 @@ TEST_F(FillingResultsTest, EqualsThePlainJobForAPartWithAllItsFeatures) {
                 testing::EndsWith("#\n#\n\nelasped time:#s\n\n \n"));
 }
 
-TEST_F(FillingResultsTest, EqualsThePlainJobOnAPhotograph) {
+/// The photograph of the coins, twice as large.
+cv::Mat EnlargedCoins() {
     cv::Mat coins;
     cv::resize(TestSupport::LoadColourPicture("coins.png"), coins, {}, 2.0, 2.0, cv::INTER_CUBIC);
+    return coins;
+}
+
+TEST_F(FillingResultsTest, FindsOtherCoinsOfLikeSizeInAPhotographAndNothingBesideThem) {
+    // The middles of all coins in the photograph, row by row.
+    const std::vector<cv::Point2d> coins{{45, 54},  {100, 57},  {155, 50},  {216, 47},  {276, 51},  {335, 44},
+                                         {45, 124}, {102, 125}, {154, 126}, {205, 124}, {271, 120}, {336, 123},
+                                         {43, 197}, {102, 195}, {154, 197}, {212, 192}, {274, 194}, {345, 187},
+                                         {46, 262}, {113, 266}, {171, 263}, {245, 263}, {303, 265}, {358, 268}};
+    Give({{200, 114}, {{190, 100}, {210, 100}, {200, 130}}, 0.5});
+    ASSERT_EQ(Run(EnlargedCoins()), 0);
+    EXPECT_EQ(CopyCount(), 13);
+    std::set<std::ptrdiff_t> found;
+    for (int n = 1; n <= CopyCount(); ++n) {
+        const cv::Point2d place(200.0 + std::stod(Copy(n, "OffsetX")), 114.0 + std::stod(Copy(n, "OffsetY")));
+        const auto coin = std::find_if(coins.begin(), coins.end(),
+                                       [&](cv::Point2d middle) { return cv::norm(place - 2.0 * middle) < 14.0; });
+        EXPECT_NE(coin, coins.end()) << place;
+        EXPECT_TRUE(found.insert(coin - coins.begin()).second) << place;
+    }
+}
+
+TEST_F(FillingResultsTest, EqualsThePlainJobOnAPhotograph) {
+    const cv::Mat coins = EnlargedCoins();
     const cv::Rect part(40, 40, 400, 400);
     Reference::FillingJob job{cv::Point2f(200.0f, 114.0f) - cv::Point2f(part.tl()), {}, 0.55};
     job.shape = {job.centre + cv::Point2f(-20, -10), job.centre + cv::Point2f(20, -10),
