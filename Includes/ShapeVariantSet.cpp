@@ -1,5 +1,6 @@
 #include "Includes/ShapeVariantSet.h"
 
+#include <limits>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 
@@ -28,6 +29,14 @@ std::vector<float> ValuesOf(const std::vector<float>& range, float step, float e
         value += step;
     }
     return values;
+}
+
+/// Whether a turn by no angle at its own size gives the image again to the bit: interpolation then has whole weights,
+/// and sums of them are exact for bytes. What `cv::warpAffine` refuses or cannot address is left to it.
+bool StaysAsItIs(const cv::Mat& image, float angle, float scale) {
+    constexpr int addressable = std::numeric_limits<short>::max();
+    return angle == 0.0f && scale == 1.0f && image.depth() == CV_8U && image.cols < addressable &&
+           image.rows < addressable;
 }
 
 }  // namespace
@@ -65,6 +74,7 @@ void ShapeVariantSet::Produce(cv::Point2f targetOffset) {
 
 cv::Mat ShapeVariantSet::RotateImage(const cv::Mat& source, float angle, float scale) {
     if (source.empty()) return {};
+    if (StaysAsItIs(source, angle, scale)) return source.clone();
     const cv::Mat motion =
         cv::getRotationMatrix2D(MiddleOf(source), static_cast<double>(angle), static_cast<double>(scale));
     cv::Mat turned;

@@ -178,9 +178,25 @@ TEST(RotateImage, LosesCornersAndFillsUpWithZero) {
     EXPECT_EQ(turned.at<uchar>(5, 15), 200);
 }
 
-TEST(RotateImage, WithoutATurnIsTheImage) {
-    const cv::Mat image = RandomInput(63).Image({31, 22}, 3);
-    EXPECT_THAT(ShapeVariantSet::RotateImage(image, 0.0f, 1.0f), EqualsMat(image));
+TEST(RotateImage, WithoutATurnIsTheImageAsTheInterpolationGivesIt) {
+    RandomInput random(63);
+    for (int i = 0; i < 40; ++i) {
+        const cv::Mat image = random.Image({random.Integer(1, 70), random.Integer(1, 70)}, i % 5 + 1);
+        const cv::Point2f middle(static_cast<float>(image.cols) / 2.0f, static_cast<float>(image.rows) / 2.0f);
+        cv::Mat expected;
+        cv::warpAffine(image, expected, cv::getRotationMatrix2D(middle, 0.0, 1.0), image.size(), cv::INTER_LINEAR,
+                       cv::BORDER_CONSTANT, cv::Scalar());
+        const cv::Mat turned = ShapeVariantSet::RotateImage(image, 0.0f, 1.0f);
+        EXPECT_THAT(turned, EqualsMat(expected));
+        EXPECT_THAT(turned, EqualsMat(image));
+        EXPECT_NE(turned.data, image.data);
+    }
+}
+
+TEST(RotateImage, WithoutATurnRefusesWhatATurnRefuses) {
+    const cv::Mat image(9, 12, CV_32SC1, cv::Scalar(3));
+    EXPECT_THROW(ShapeVariantSet::RotateImage(image, 30.0f, 1.0f), cv::Exception);
+    EXPECT_THROW(ShapeVariantSet::RotateImage(image, 0.0f, 1.0f), cv::Exception);
 }
 
 TEST(ShapeVariantSet, ARangeOfImpossibleSizeEndsWhateverTheOthersStepIs) {
