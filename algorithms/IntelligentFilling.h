@@ -49,9 +49,10 @@ namespace Quorvane {
 /// | 3      | "Can't find target template!"                                        | the region is over half the image|
 ///
 /// An object with too few edges is status 0 with a count of 0. A similarity of 1 or more, or not-a-number, finds
-/// nothing; one of 0.5 or less finds many places that are no copies, and the memory and the time that a run takes grow
-/// with them, to gigabytes where every place is good enough. Exceptions of OpenCV (for pictures of other types) and of
-/// conversions (for parameters that are no numbers) reach the caller. Notices go to standard output and standard error.
+/// nothing. The lower it is, the more places are looked at and kept, and the time and the memory of a run grow with
+/// them: to gigabytes in a camera picture at 0 and below, where every place of every turn is good enough. Exceptions of
+/// OpenCV (for pictures of other types) and of conversions (for parameters that are no numbers) reach the caller.
+/// Notices go to standard output and standard error.
 class IntelligentFilling : public Algorithm {
 public:
     IntelligentFilling();
