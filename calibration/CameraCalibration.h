@@ -154,7 +154,7 @@ struct QUORVANE_EXPORT ImageDirFlags {
     ImageDirFlags(int rotate, bool horizontal, bool vertical);
     ImageDirFlags(const ImageDirFlags& other) = default;
     ImageDirFlags& operator=(const ImageDirFlags& other);
-    ImageDirFlags& operator=(ImageDirFlags&& other);
+    ImageDirFlags& operator=(ImageDirFlags&& other) noexcept;
 };
 
 /// Finds pairs of points that show the same thing in the pictures of two cameras (blue-green-red, or with a fourth

@@ -91,8 +91,8 @@ cv::Mat JoinAtSeam(const cv::Mat& oriented1, const cv::Mat& oriented2, const cv:
     const float seam = reach.maxX * 0.5f - reach.minX;
     seamX = static_cast<double>(seam);
     const cv::Mat mask(seamStrip.size(), CV_8U, cv::Scalar(255));
-    const auto middleRow = static_cast<float>(oriented2.rows / 2);
-    const cv::Point center(RoundToInt(seam), RoundToInt(middleRow - reach.minY));
+    const int middleRow = oriented2.rows / 2;
+    const cv::Point center(RoundToInt(seam), RoundToInt(static_cast<float>(middleRow) - reach.minY));
     cv::Mat joined;
     cv::seamlessClone(seamStrip, canvas, mask, center, joined, cv::NORMAL_CLONE);
     return joined;

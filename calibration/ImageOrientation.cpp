@@ -21,7 +21,7 @@ ImageDirFlags::ImageDirFlags(int rotate, bool horizontal, bool vertical)
 #endif
 
 ImageDirFlags& ImageDirFlags::operator=(const ImageDirFlags& other) = default;
-ImageDirFlags& ImageDirFlags::operator=(ImageDirFlags&& other) = default;
+ImageDirFlags& ImageDirFlags::operator=(ImageDirFlags&& other) noexcept = default;
 
 cv::Mat OrientImage(const cv::Mat& source, const ImageDirFlags& direction) {
     cv::Mat oriented;

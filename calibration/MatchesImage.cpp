@@ -19,6 +19,7 @@ std::vector<cv::KeyPoint> AsKeyPoints(const std::vector<cv::Point2f>& points) {
 /// Each point with the one of the same index.
 std::vector<cv::DMatch> PairsByIndex(std::size_t count) {
     std::vector<cv::DMatch> pairs;
+    pairs.reserve(count);
     for (int i = 0; i < static_cast<int>(count); ++i) pairs.emplace_back(i, i, -1, 0.0f);
     return pairs;
 }
