@@ -172,7 +172,7 @@ struct QUORVANE_EXPORT ImageDirFlags {
 /// shifted against each other much more than they are turned.
 ///
 /// `true` also when no pair was found: look at the lists. Last error: "Could not open or find the images!" for an empty
-/// picture. Whatever fails leaves the lists empty.
+/// picture; a text of OpenCV where picture 1 shows no feature at all. Whatever fails leaves the lists empty.
 QUORVANE_EXPORT bool CalibrationMatchPointsForDualCam(const cv::Mat& image1, const ImageDirFlags& dir1,
                                                       const cv::Rect& roi1, const cv::Mat& image2,
                                                       const ImageDirFlags& dir2, const cv::Rect& roi2,

@@ -265,7 +265,7 @@ TEST(CalibrationMatchPointsForDualCam, TakesTheStepsInOrderWithTheExactArguments
     turned.noise = 2.0;
     for (const TwoViews& views :
          {Views("gravel.png", turned), Views("photographer.png"), Views("coffee.png", turned)}) {
-        for (const double ratio : {0.6, 0.8, 1.5}) {
+        for (const double ratio : {0.6, 1.0, 1.5}) {
             for (const double yFactor : {0.5, 2.5}) {
                 for (const double tolerance : {0.0, 0.1, 1.5}) {
                     Search search(views);
@@ -406,6 +406,16 @@ TEST(CalibrationMatchPointsForDualCam, ALengthToleranceAboveOneHasNoLowerBound) 
     }
 }
 
+TEST(CalibrationMatchPointsForDualCam, APictureMatchesItself) {
+    // All displacements are exactly zero, and so are their means: the bounds themselves pass.
+    Search search(Views());
+    search.image2 = search.image1;
+    search.roi2 = search.roi1;
+    ASSERT_TRUE(search.Run());
+    EXPECT_GT(search.points1.size(), 50u);
+    EXPECT_EQ(search.points1, search.points2);
+}
+
 TEST(CalibrationMatchPointsForDualCam, ClipsRectanglesAtThePicture) {
     const TwoViews views = Views();
     Search exact(views);
@@ -445,6 +455,10 @@ TEST(CalibrationMatchPointsForDualCam, FindsNothingInARectangleOfNoSize) {
         search.roi2 = none;
         EXPECT_TRUE(search.Run()) << GetLastError();
         search.ExpectNothingFound();
+        // OpenCV makes no hash tables of nothing.
+        Search first(Views());
+        first.roi1 = none;
+        first.ExpectRefusedByOpenCV();
         Search both(Views());
         both.roi1 = both.roi2 = none;
         EXPECT_TRUE(both.Run()) << GetLastError();
@@ -457,6 +471,17 @@ TEST(CalibrationMatchPointsForDualCam, PicturesWithoutFeaturesGiveNoPairs) {
     flat.image2 = cv::Mat(240, 220, CV_8UC3, cv::Scalar(90, 90, 90));
     EXPECT_TRUE(flat.Run()) << GetLastError();
     flat.ExpectNothingFound();
+    std::swap(flat.image1, flat.image2);
+    std::swap(flat.roi1, flat.roi2);
+    flat.ExpectRefusedByOpenCV();
+    for (const cv::Size& tiny : {cv::Size(1, 1), cv::Size(2, 40), cv::Size(9, 9)}) {
+        Search small(Views());
+        small.image1 = RandomInput(4).Image(tiny, 3);
+        small.image2 = RandomInput(5).Image(tiny, 3);
+        small.roi1 = small.roi2 = cv::Rect({}, tiny);
+        small.Run();  // some are refused by OpenCV
+        small.ExpectNothingFound();
+    }
 }
 
 TEST(CalibrationMatchPointsForDualCam, LeavesThePicturesAlone) {
