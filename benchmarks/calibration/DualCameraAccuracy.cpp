@@ -159,7 +159,8 @@ double MeanDifference(const cv::Mat& a, const cv::Mat& b) {
 /// strip and over the strip, in gray levels.
 void PrintJoining() {
     std::puts("\n### The joined picture\n");
-    std::puts("| picture 1 reaches out by, left and up | strip off by, in x | left of the strip | in it | right of it |");
+    std::puts(
+        "| picture 1 reaches out by, left and up | strip off by, in x | left of the strip | in it | right of it |");
     std::puts("|---|---|---|---|---|");
     const SceneOfPhotograph gravel = Scenes().front();
     for (const double fraction : {0.0, 0.2, 0.4, 0.6, 0.8}) {
