@@ -124,4 +124,37 @@ QUORVANE_EXPORT cv::Mat GenerateChArUcoBoard(const std::string& fileName, const 
                                              cv::aruco::Dictionary& dictionary, cv::aruco::CharucoBoard& board,
                                              int dpi);
 
+// ---------------------------------------------------------------------------------------------------------------------
+// Scale and cross. These two leave the last error alone and have no handler: a `cv::Exception` passes to the caller. A
+// picture is 8-bit with 1, 3 (blue, green, red) or 4 channels; OpenCV refuses other depths, an empty picture and one
+// without any contrast.
+// ---------------------------------------------------------------------------------------------------------------------
+
+/// Takes the scale of a picture from a circle of known size: the circle nearest the picture's middle, of more than 20
+/// pixels radius, whatever its size and however many others there are.
+///
+///     cv::Point2f center;
+///     double radius = 0.0, pixelsPerMillimetre = 0.0;
+///     if (CalScalePixToMmUseCircle(picture, 8.0, 0.0, center, radius, pixelsPerMillimetre)) { ... }
+///
+/// `realRadius` is the circle's true radius in millimetres; `notRead` is accepted and never looked at. `center` and
+/// `radius` are in pixels, `scale` is `radius / realRadius`, that is pixels per millimetre. Nothing checks
+/// `realRadius`: 0 gives an infinite scale.
+///
+/// Returns `false` and the `scale` -1.0 for any other count of channels and for a picture without such a circle;
+/// `center` and `radius` are then untouched.
+///
+/// The circle is to be dark on a light ground, its surroundings out to 2.5 radii without anything larger and dark. It
+/// is measured to its outermost dark pixels, which makes `radius` about half a pixel small.
+QUORVANE_EXPORT bool CalScalePixToMmUseCircle(const cv::Mat& image, const double& realRadius, const double& notRead,
+                                              cv::Point2f& center, double& radius, double& scale);
+
+/// Finds where the bars of a dark cross meet, to a fraction of a pixel, inside a dark ring on a light ground. The ring
+/// is the circle that `CalScalePixToMmUseCircle` finds; each bar is then measured from both of its sides, and the
+/// centre is that of the quadrilateral between the four edges. The bars lie along the picture's rows and columns.
+///
+/// `center` and `radius` are in pixels; `radius` is that of the ring's outside. Returns `false` without a circle, both
+/// untouched, and where the four edges have no centre: then `radius` is set and `center` is the circle's.
+QUORVANE_EXPORT bool FindCircleCross(const cv::Mat& image, cv::Point2f& center, double& radius);
+
 }  // namespace Quorvane::CameraCalibration
