@@ -153,7 +153,7 @@ TEST(RefineCircle, SeesNothingBeyondItsWindow) {
 
 TEST(RefineCircle, IsCutOffByThePicturesBorder) {
     const Refined refined = Refine(OnLightGround().Paint(Disc({22.0, 140.0}, 18.0), 40.0).Gray(), 22, 140, 18.0);
-    EXPECT_THAT(refined.center, NearPoint(cv::Point2d(22.0, 140.0), 0.1));
+    EXPECT_THAT(refined.center, NearPoint(cv::Point2d(22.0, 140.0), 0.3));
 }
 
 TEST(RefineCircle, KeepsTheStartWhereTheWindowMissesThePicture) {
@@ -187,8 +187,15 @@ TEST(RefineCircle, KeepsTheStartWithoutAContour) {
 
 TEST(RefineCircle, KeepsTheStartWithoutARoundContour) {
     ExpectStartValues(OnLightGround().Paint(Rectangle({100, 80}, {60.0, 10.0}), 40.0).Gray(), 100.0, 80.0, 30.0);
-    // Four square pixels between the outermost ones.
-    ExpectStartValues(OnLightGround().Paint(Rectangle({100, 80}, {3.0, 3.0}), 0.0).Gray(), 100.0, 80.0, 30.0);
+}
+
+TEST(RefineCircle, KeepsTheStartWhereThereIsOnlyASpeck) {
+    // Round, but of less than 10 square pixels between its outermost ones; one pixel more is enough.
+    const auto speck = [](double side) {
+        return OnLightGround().Paint(Rectangle({100, 80}, {side, side}), 0.0).Gray();
+    };
+    ExpectStartValues(speck(1.0), 100.0, 80.0, 30.0);
+    EXPECT_GT(Refine(speck(3.0), 100.0, 80.0, 30.0).score, 0.9);
 }
 
 TEST(RefineCircle, PassesOverALargerShapeThatIsNotRound) {
