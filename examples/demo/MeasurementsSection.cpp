@@ -3,7 +3,6 @@
 
 #include <cmath>
 #include <opencv2/core.hpp>
-#include <opencv2/imgproc.hpp>
 #include <string>
 #include <vector>
 
