@@ -71,7 +71,8 @@ int CountEdgePixels(const cv::Mat& gray) {
 std::vector<cv::Vec3f> HoughCircles(const cv::Mat& gray, double strongestGradient, int edgePixels) {
     const int longer = std::max(gray.rows, gray.cols);
     const int shorter = std::min(gray.rows, gray.cols);
-    const auto minDist = static_cast<int>(longer / 2 * centerSpacing);
+    const int halfOfLonger = longer / 2;
+    const auto minDist = static_cast<int>(halfOfLonger * centerSpacing);
     const auto edgeThreshold = static_cast<int>(strongestGradient * edgeShareOfStrongest);
     const int votes = edgePixels / edgePixelsPerVote + leastVotes;
     std::vector<cv::Vec3f> circles;
@@ -103,7 +104,8 @@ void DetectCircleCandidates(const cv::Mat& image, std::vector<cv::Point2f>& cent
 
 std::optional<std::size_t> NearestCandidate(const cv::Size& picture, const std::vector<cv::Point2f>& centers,
                                             const std::vector<double>& radii) {
-    const cv::Point2f middle(static_cast<float>(picture.width / 2), static_cast<float>(picture.height / 2));
+    const cv::Point wholePixels(picture.width / 2, picture.height / 2);
+    const cv::Point2f middle(wholePixels);
     auto best = static_cast<float>(std::max(picture.width, picture.height));
     std::optional<std::size_t> nearest;
     for (std::size_t i = 0; i < centers.size(); ++i) {

@@ -10,7 +10,9 @@ namespace Quorvane::CameraCalibration {
 
 /// Circles of a picture by the gradient Hough transform, in the order of their votes, with settings that follow the
 /// picture: its noise chooses the blur, its strongest gradient the edge threshold, its count of edge pixels the votes
-/// that a circle needs. Centres and radii are in pixels and good to about two of them.
+/// that a circle needs. Centres and radii are in pixels and good to about two of them. Between two centres there are
+/// at least three quarters of the picture's longer side: of circles nearer to each other only the one with the most
+/// votes is a candidate.
 ///
 /// `image` is 8-bit with 1, 3 or 4 channels. OpenCV's exceptions pass: for an empty picture, for another depth or
 /// channel count, and for a picture so flat that its strongest gradient gives the edge threshold 0.

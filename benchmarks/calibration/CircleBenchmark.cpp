@@ -29,7 +29,7 @@ struct Target {
 
 Target MakeTarget(const benchmark::State& state) {
     const cv::Size size(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)));
-    const cv::Point2d center(size.width / 2 + 3.3, size.height / 2 - 4.2);
+    const cv::Point2d center(size.width / 2.0 + 3.3, size.height / 2.0 - 4.2);
     const double radius = size.height / 3.0;
     const double width = radius / 3.0;
     Scene scene(size, 200.0);
@@ -69,11 +69,12 @@ std::vector<cv::Vec3f> CandidatesFloor(const cv::Mat& image) {
     cv::Mat edges;
     cv::Canny(gray, edges, 50.0, 150.0);
     const int count = cv::countNonZero(edges);
-    const int longer = std::max(gray.rows, gray.cols);
-    const int shorter = std::min(gray.rows, gray.cols);
+    const int half = std::max(gray.rows, gray.cols) / 2;
+    const int least = std::min(gray.rows, gray.cols) / 50;
+    const int votes = count / 1000 + 10;
     std::vector<cv::Vec3f> circles;
-    cv::HoughCircles(gray, circles, cv::HOUGH_GRADIENT, 1.2, static_cast<int>(longer / 2 * 1.5),
-                     static_cast<int>(strongest * 0.7), count / 1000 + 10, shorter / 50, longer / 2);
+    cv::HoughCircles(gray, circles, cv::HOUGH_GRADIENT, 1.2, static_cast<int>(half * 1.5),
+                     static_cast<int>(strongest * 0.7), votes, least, half);
     return circles;
 }
 

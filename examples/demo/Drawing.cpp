@@ -58,6 +58,7 @@ void Drawing::Fit(const cv::Point2d& center, double radius) {
 
 void Drawing::Fit(const std::vector<cv::Point2f>& curve) {
     std::vector<cv::Point> polyline;
+    polyline.reserve(curve.size());
     for (const cv::Point2f& p : curve) polyline.push_back(At(p));
     cv::polylines(image_, polyline, false, fitColour, 1, cv::LINE_AA);
 }

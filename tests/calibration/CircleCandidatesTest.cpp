@@ -14,7 +14,6 @@
 
 namespace Quorvane::CameraCalibration {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Optional;
 using testing::SizeIs;
@@ -48,16 +47,18 @@ Candidates DetectPlainly(const cv::Mat& picture, bool& busy) {
     cv::Sobel(gray, dx, CV_32F, 1, 0, 3, 1, 0, cv::BORDER_DEFAULT);
     cv::Sobel(gray, dy, CV_32F, 0, 1, 3, 1, 0, cv::BORDER_DEFAULT);
     cv::magnitude(dx, dy, strength);
-    double least = 0.0;
-    double greatest = 0.0;
-    cv::minMaxLoc(strength, &least, &greatest);
+    double weakest = 0.0;
+    double strongest = 0.0;
+    cv::minMaxLoc(strength, &weakest, &strongest);
     cv::Mat edges;
     cv::Canny(gray, edges, 50, 150, 3, false);
     const int larger = std::max(gray.rows, gray.cols);
-    const int smaller = std::min(gray.rows, gray.cols);
+    const int half = larger / 2;
+    const int least = std::min(gray.rows, gray.cols) / 50;
+    const int votes = cv::countNonZero(edges) / 1000 + 10;
     std::vector<cv::Vec3f> circles;
-    cv::HoughCircles(gray, circles, cv::HOUGH_GRADIENT, 1.2, static_cast<int>((larger / 2) * 1.5),
-                     static_cast<int>(greatest * 0.7), cv::countNonZero(edges) / 1000 + 10, smaller / 50, larger / 2);
+    cv::HoughCircles(gray, circles, cv::HOUGH_GRADIENT, 1.2, static_cast<int>(half * 1.5),
+                     static_cast<int>(strongest * 0.7), votes, least, half);
     Candidates candidates;
     for (const cv::Vec3f& circle : circles) {
         candidates.centers.emplace_back(circle[0], circle[1]);

@@ -14,7 +14,6 @@
 
 namespace Quorvane::CameraCalibration {
 
-using testing::IsEmpty;
 using testing::SizeIs;
 using namespace TestSupport;
 
