@@ -44,10 +44,18 @@ cv::Rect WindowAround(double x, double y, double r, const cv::Size& picture) {
     return {left, top, right - left, bottom - top};
 }
 
-/// White where the picture is dark. The window is copied, so that nothing around it acts on it.
+/// A gray copy, so that filters don't see what lies around the window. Unlike `toGrayImage` it refuses any count of
+/// channels but 1, 3 and 4.
+cv::Mat GrayCopy(const cv::Mat& window) {
+    if (window.channels() == 1) return window.clone();
+    cv::Mat gray;
+    cv::cvtColor(window, gray, cv::COLOR_BGR2GRAY);
+    return gray;
+}
+
+/// White where the picture is dark.
 cv::Mat DarkShapes(const cv::Mat& window) {
-    cv::Mat gray = window.clone();
-    if (gray.channels() > 1) cv::cvtColor(gray, gray, cv::COLOR_BGR2GRAY);
+    cv::Mat gray = GrayCopy(window);
     cv::GaussianBlur(gray, gray, noiseWindow, sigmaOfWindow, sigmaOfWindow, cv::BORDER_DEFAULT);
     cv::Mat shapes;
     cv::threshold(gray, shapes, otsuChoosesLevel, white, cv::THRESH_BINARY_INV + cv::THRESH_OTSU);
