@@ -11,7 +11,7 @@ namespace {
 // Settings of the edge measurements: the ring's inner edge and the bars' edges go from light to dark.
 constexpr double sigma = 1.0;       // pixels
 constexpr double threshold = 30.0;  // gray levels of amplitude
-constexpr float angleStep = 0.2f;   // degrees; a float, so that the spokes lie at its multiples and not those of 0.2
+constexpr float angleStep = 0.2f;   // degrees
 constexpr double lineStep = 0.5;    // pixels
 
 /// Any radius serves: the scale that comes of it is not used.
