@@ -55,7 +55,7 @@ struct Condition {
 };
 
 /// Median and worst of some errors.
-class Errors {
+class MedianAndWorst {
 public:
     void Add(double error) { errors_.push_back(error); }
     std::string Column() {
@@ -83,8 +83,8 @@ struct Range {
 
 /// Mounted at four heights, with two draws of the generator each.
 std::string MappingColumns(const SceneOfPhotograph& scene, const Condition& condition, Range& meanErrors) {
-    Errors inOverlap;
-    Errors inPicture;
+    MedianAndWorst inOverlap;
+    MedianAndWorst inPicture;
     std::size_t pairs = 0;
     int runs = 0;
     int failures = 0;

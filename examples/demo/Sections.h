@@ -16,5 +16,6 @@ void CameraLensSection(Report& report);
 void CameraBoardsSection(Report& report);
 void CameraMapSection(Report& report);
 void TwoCamerasSection(Report& report);
+void ScaleAndCrossSection(Report& report);
 
 }  // namespace Demo
