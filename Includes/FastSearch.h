@@ -10,6 +10,7 @@
 #include "Includes/Detector.h"
 #include "Includes/FineLevel.h"
 #include "Includes/ShapeTemplate.h"
+#include "Includes/WindowSums.h"
 
 namespace line2Dup {
 
@@ -30,13 +31,38 @@ public:
                     const std::vector<ShapeTemplateLevels>& templates);
 
 private:
-    void refine(const ShapeTemplate& templ, std::vector<MatchHit>& candidates);
+    static constexpr std::size_t none = static_cast<std::size_t>(-1);
+
+    /// The window of one candidate.
+    struct Window {
+        cv::Point centre;
+        std::size_t next;  // the next window of its cluster
+        std::size_t hit;   // what the candidate became
+    };
+
+    /// Windows of one template that lie near to each other.
+    struct Cluster {
+        int templateId;
+        cv::Rect origins;   // the crop origins of all its windows
+        bool inImage;       // whether no feature leaves the image in any of them
+        std::size_t first;  // its windows
+        std::size_t last;
+    };
+
+    void arrangeWindows(const std::vector<ShapeTemplateLevels>& templates,
+                        const std::vector<CoarseCandidate>& candidates);
+    void putIntoCluster(std::size_t window, int templateId, std::size_t firstCluster);
+    void findClustersInImage(const std::vector<ShapeTemplateLevels>& templates);
+    void refine(const Cluster& cluster, const ShapeTemplate& templ, float threshold);
 
     cv::Size size_;
     FineLevel fine_;
     CoarseSearch coarse_;
-    std::vector<cv::Point> centres_;
-    std::vector<std::size_t> order_;
+    WindowSums sums_;
+    // Of the class at work: a window for each candidate, the clusters template by template, and what is found in them.
+    std::vector<Window> windows_;
+    std::vector<Cluster> clusters_;
+    std::vector<MatchHit> found_;
 };
 
 }  // namespace line2Dup

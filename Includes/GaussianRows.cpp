@@ -31,8 +31,13 @@ constexpr std::size_t vectorShorts = 8;
 
 std::size_t wholeVectors(std::size_t count) { return (count + vectorShorts - 1) / vectorShorts * vectorShorts; }
 
+/// The channels of a pixel, each into its row.
+void splitOne(const uchar* pixel, int channels, short* row, std::size_t stride) {
+    for (int k = 0; k < channels; ++k) row[static_cast<std::size_t>(k) * stride] = pixel[k];
+}
+
 #if CV_SIMD128
-constexpr int vectorPixels = 16;
+constexpr int pixelsAtOnce = 16;
 
 void storeWide(const cv::v_uint8x16& bytes, short* values) {
     cv::v_uint16x8 low;
@@ -42,7 +47,6 @@ void storeWide(const cv::v_uint8x16& bytes, short* values) {
     cv::v_store(values + vectorShorts, cv::v_reinterpret_as_s16(high));
 }
 
-/// The channels of sixteen pixels, each into its row.
 void splitSixteen(const uchar* pixels, int channels, short* row, std::size_t stride) {
     if (channels == 1) {
         storeWide(cv::v_load(pixels), row);
@@ -78,10 +82,10 @@ void sumAlongRow(const short* column, short* blurred, std::size_t count) {
     }
 }
 #else
-constexpr int vectorPixels = 1;
+constexpr int pixelsAtOnce = 1;
 
-void splitSixteen(const uchar* pixels, int channels, short* row, std::size_t stride) {
-    for (int k = 0; k < channels; ++k) row[static_cast<std::size_t>(k) * stride] = pixels[k];
+void splitSixteen(const uchar* pixel, int channels, short* row, std::size_t stride) {
+    splitOne(pixel, channels, row, stride);
 }
 
 void sumAlongRow(const short* column, short* blurred, std::size_t count) {
@@ -123,12 +127,17 @@ void GaussianRows::loadRow(int y) {
     const int channels = image_.channels();
     short* row = ring_.data() + static_cast<std::size_t>(y % ringRows * channels) * stride_;
     const uchar* pixels = image_.ptr(y) + static_cast<std::ptrdiff_t>(source_.start) * channels;
-    int x = 0;
-    for (; x + vectorPixels <= source_.size(); x += vectorPixels) {
-        splitSixteen(pixels + static_cast<std::ptrdiff_t>(x) * channels, channels, row + x, stride_);
-    }
-    for (; x < source_.size(); ++x) {
-        for (int k = 0; k < channels; ++k) row[static_cast<std::size_t>(k) * stride_ + x] = pixels[x * channels + k];
+    const int width = source_.size();
+    const int step = width < pixelsAtOnce ? 1 : pixelsAtOnce;
+    for (int begin = 0; begin < width; begin += step) {
+        // The last vector ends with the row and may overlap the one before.
+        const int x = std::min(begin, width - step);
+        const uchar* source = pixels + std::ptrdiff_t{x} * channels;
+        if (step == 1) {
+            splitOne(source, channels, row + x, stride_);
+        } else {
+            splitSixteen(source, channels, row + x, stride_);
+        }
     }
 }
 

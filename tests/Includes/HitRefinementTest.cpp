@@ -37,19 +37,19 @@ TEST(OffsetInBlock, IsTheMiddleOfTheBlock) {
 
 TEST(WindowCentre, IsTwiceThePositionAndOne) {
     const ShapeTemplate templ{30, 20, 0, 0, 0, {}};
-    EXPECT_EQ(windowCentre(HitAt(20, 24), templ, {200, 100}, 1), cv::Point(41, 49));
+    EXPECT_EQ(windowCentre(cv::Point(20, 24), templ, {200, 100}, 1), cv::Point(41, 49));
 }
 
 TEST(WindowCentre, KeepsTheTemplateEightStepsFromTheEdges) {
     const ShapeTemplate templ{30, 20, 0, 0, 0, {}};
-    EXPECT_EQ(windowCentre(HitAt(0, 1), templ, {200, 100}, 1), cv::Point(8, 8));
-    EXPECT_EQ(windowCentre(HitAt(90, 49), templ, {200, 100}, 1), cv::Point(162, 72));
-    EXPECT_EQ(windowCentre(HitAt(0, 49), templ, {200, 100}, 2), cv::Point(16, 64));
+    EXPECT_EQ(windowCentre(cv::Point(0, 1), templ, {200, 100}, 1), cv::Point(8, 8));
+    EXPECT_EQ(windowCentre(cv::Point(90, 49), templ, {200, 100}, 1), cv::Point(162, 72));
+    EXPECT_EQ(windowCentre(cv::Point(0, 49), templ, {200, 100}, 2), cv::Point(16, 64));
 }
 
 TEST(WindowCentre, LetsTheUpperLimitWinForATemplateTooLargeForBoth) {
     const ShapeTemplate templ{195, 20, 0, 0, 0, {}};
-    EXPECT_EQ(windowCentre(HitAt(20, 24), templ, {200, 100}, 1).x, -3);
+    EXPECT_EQ(windowCentre(cv::Point(20, 24), templ, {200, 100}, 1).x, -3);
 }
 
 TEST(RefineHit, MovesToTheFirstGreatestSum) {
