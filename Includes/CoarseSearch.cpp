@@ -81,10 +81,14 @@ std::ptrdiff_t mostPositions(const std::vector<ShapeTemplateLevels>& templates, 
     return most;
 }
 
-/// Positions that may be read behind the last one. A block begins at one of the grid's positions, and a feature in the
-/// image moves it on by the place of one of the grid's positions, whatever the template: both are below the grid's
-/// area, so with its own 128 positions the block ends less than the area and 128 behind the last position.
-std::ptrdiff_t reachOf(cv::Size grid) { return grid.area() + positionsInBlock; }
+/// Positions that may be read behind the last one: a template whose features keep within its size reads at most one
+/// block and a row of the grid further than the grid goes.
+std::ptrdiff_t reachOf(cv::Size grid) { return grid.width + positionsInBlock; }
+
+/// The number of positions in whole blocks.
+std::ptrdiff_t inBlocks(std::ptrdiff_t positions) {
+    return (positions + positionsInBlock - 1) / positionsInBlock * positionsInBlock;
+}
 
 cv::Mat spreadOverBlocks(const cv::Mat& orientations) {
     cv::Mat spread;
@@ -104,27 +108,25 @@ bool canBePassed(float threshold) {
     return fullPercentage > threshold;
 }
 
-/// One feature of a template in the grid.
-struct PlacedFeature {
-    std::size_t label;
-    GridPlace place;
+/// A feature's responses from the grid's first position on, as far as they go.
+struct Responses {
+    const uchar* values;
+    std::ptrdiff_t count;
 };
 
 /// Adds a feature's responses at sixteen positions; behind the last position of the grid they are 0.
-void addSixteen(const cv::Mat& memory, const GridPlace& place, std::ptrdiff_t position, Sums& sums) {
-    const std::ptrdiff_t first = place.first + position;
-    const std::ptrdiff_t available = memory.cols - first;
-    if (available <= 0) return;
-    const uchar* responses = memory.ptr(place.phase) + first;
+void addSixteen(const Responses& responses, std::ptrdiff_t position, Sums& sums) {
+    const uchar* values = responses.values + position;
+    const std::ptrdiff_t available = responses.count - position;
 #if CV_SIMD128
     if (available >= positionsInSum) {
-        cv::v_store(sums.data(), cv::v_add_wrap(cv::v_load(sums.data()), cv::v_load(responses)));
+        cv::v_store(sums.data(), cv::v_add_wrap(cv::v_load(sums.data()), cv::v_load(values)));
         return;
     }
 #endif
     for (std::ptrdiff_t i = 0; i < std::min<std::ptrdiff_t>(positionsInSum, available); ++i) {
         auto& sum = sums[static_cast<std::size_t>(i)];
-        sum = static_cast<uchar>(sum + responses[i]);
+        sum = static_cast<uchar>(sum + values[i]);
     }
 }
 
@@ -138,6 +140,7 @@ public:
     /// Sets the blocks up to `positions` in which any of the group's templates may miss no more than `allowed`
     /// features.
     void openBlocks(const TemplateGroup& group, int allowed, std::ptrdiff_t positions) {
+        groupPositions_ = positions;
         open_.clear();
         arrays_.clear();
         for (const GroupFeature& feature : group.features) {
@@ -146,8 +149,8 @@ public:
                 continue;
             }
             const GridPlace place = gridPlaceOf(feature.x, feature.y, grid_.width);
-            arrays_.add(furtherBits_.from(feature.label, place.phase, place.first),
-                        furtherBits_.from(feature.otherLabel, place.phase, place.first));
+            arrays_.add(bitsFrom(furtherBits_, feature.label, place),
+                        bitsFrom(furtherBits_, feature.otherLabel, place));
         }
         arrays_.fillUp(neverMissing_);
         if (allowed < 0) return;
@@ -164,7 +167,7 @@ public:
     void search(const ShapeTemplate& templ, int templateId, int allowed, int passingSum,
                 std::vector<CoarseCandidate>& candidates) {
         const cv::Rect image(0, 0, grid_.width * coarseStep, grid_.height * coarseStep);
-        features_.clear();
+        responses_.clear();
         arrays_.clear();
         for (const GradientFeature& feature : templ.features) {
             if (!image.contains({feature.x, feature.y})) {
@@ -172,8 +175,9 @@ public:
                 continue;
             }
             const GridPlace place = gridPlaceOf(feature.x, feature.y, grid_.width);
-            features_.push_back({static_cast<std::size_t>(feature.label), place});
-            const uchar* array = bits_.from(feature.label, place.phase, place.first);
+            const cv::Mat& memory = memories_[static_cast<std::size_t>(feature.label)];
+            responses_.push_back({memory.ptr(place.phase) + place.first, memory.cols - place.first});
+            const uchar* array = bitsFrom(bits_, feature.label, place);
             arrays_.add(array, array);
         }
         arrays_.fillUp(neverMissing_);
@@ -192,10 +196,17 @@ public:
     }
 
 private:
+    /// A feature far beyond its template's size counts as never missing, since its bits may not reach far enough. That
+    /// opens too many positions at worst.
+    const uchar* bitsFrom(const ResponseBits& bits, int label, const GridPlace& place) const {
+        const bool reaches = place.first + inBlocks(groupPositions_) <= grid_.area() + reachOf(grid_);
+        return reaches ? bits.from(label, place.phase, place.first) : neverMissing_;
+    }
+
     void addPassing(std::ptrdiff_t first, std::ptrdiff_t positions, int passingSum, int templateId,
                     std::vector<CoarseCandidate>& candidates) const {
         Sums sums{};
-        for (const PlacedFeature& feature : features_) addSixteen(memories_[feature.label], feature.place, first, sums);
+        for (const Responses& responses : responses_) addSixteen(responses, first, sums);
         const std::ptrdiff_t count = std::min<std::ptrdiff_t>(positionsInSum, positions - first);
         for (std::ptrdiff_t i = 0; i < count; ++i) {
             if (sums[static_cast<std::size_t>(i)] < passingSum) continue;
@@ -210,8 +221,9 @@ private:
     const ResponseBits& bits_;
     const ResponseBits& furtherBits_;
     const uchar* neverMissing_;
+    std::ptrdiff_t groupPositions_ = 0;
     std::vector<std::ptrdiff_t> open_;
-    std::vector<PlacedFeature> features_;
+    std::vector<Responses> responses_;
     MissArrays arrays_;
 };
 

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <opencv2/imgproc.hpp>
-#include <utility>
 
 #include "Includes/HitRefinement.h"
 #include "Includes/RegionQuantiser.h"
@@ -95,15 +94,23 @@ void FastSearch::matchClass(float threshold, std::vector<MatchHit>& hits, const 
     arrangeWindows(templates, coarse_.find(templates, threshold));
     findClustersInImage(templates);
     fine_.prepareNeeded();
-    found_.clear();
     for (const Cluster& cluster : clusters_) {
         refine(cluster, templates[static_cast<std::size_t>(cluster.templateId)].front(), threshold);
     }
+    const Window* before = nullptr;
     for (const Window& window : windows_) {
-        if (window.hit == none) continue;
-        hits.push_back(std::move(found_[window.hit]));
-        hits.back().classId = classId;
+        if (!window.hit) continue;
+        if (before == nullptr || !isSameHit(*before, window)) {
+            hits.push_back({0, 0, 0.0f, classId, window.templateId, 0.0f, 0.0f});
+            moveHit(hits.back(), window.place);
+        }
+        before = &window;
     }
+}
+
+bool FastSearch::isSameHit(const Window& a, const Window& b) {
+    return a.templateId == b.templateId && a.place.x == b.place.x && a.place.y == b.place.y &&
+           a.place.similarity == b.place.similarity;
 }
 
 void FastSearch::arrangeWindows(const std::vector<ShapeTemplateLevels>& templates,
@@ -115,7 +122,7 @@ void FastSearch::arrangeWindows(const std::vector<ShapeTemplateLevels>& template
         const int templateId = candidates[i].templateId;
         const ShapeTemplate& templ = templates[static_cast<std::size_t>(templateId)].front();
         if (i > 0 && templateId != candidates[i - 1].templateId) firstCluster = clusters_.size();
-        windows_.push_back({windowCentre(candidates[i].place, templ, size_, fineStep), none, none});
+        windows_.push_back({windowCentre(candidates[i].place, templ, size_, fineStep), templateId, none, false, {}});
         putIntoCluster(i, templateId, firstCluster);
     }
 }
@@ -144,7 +151,7 @@ void FastSearch::findClustersInImage(const std::vector<ShapeTemplateLevels>& tem
         if (cluster.templateId != boxId) box = featureBoxOf(templ);
         boxId = cluster.templateId;
         cluster.inImage = staysInImage(box, cluster.origins, size_);
-        if (cluster.inImage) fine_.need(templ, cluster.origins);
+        if (cluster.inImage) fine_.need(templ, box, cluster.origins);
     }
 }
 
@@ -152,20 +159,18 @@ void FastSearch::refine(const Cluster& cluster, const ShapeTemplate& templ, floa
     const std::size_t featureCount = templ.features.size();
     if (cluster.inImage) sums_.find(fine_, templ, cluster.origins, leastKeptSum(featureCount, threshold));
     for (std::size_t i = cluster.first; i != none; i = windows_[i].next) {
-        const cv::Point centre = windows_[i].centre;
-        MatchHit hit{0, 0, 0.0f, {}, cluster.templateId, 0.0f, 0.0f};
+        Window& window = windows_[i];
         if (cluster.inImage) {
-            const cv::Rect window = windowAround(centre);
-            const WindowSums::Best best = sums_.bestIn(window);
-            if (best.sum == 0) continue;
-            const NineSums& around = sums_.around(window.tl() + best.place);
-            moveHit(hit, {best.place, percentOf(best.sum, featureCount)}, around, centre, fineStep);
+            const cv::Rect origins = windowAround(window.centre);
+            const WindowSums::Best best = sums_.bestIn(origins);
+            window.hit = best.sum > 0;
+            if (!window.hit) continue;
+            window.place = refinedPlace({best.place, percentOf(best.sum, featureCount)},
+                                        sums_.around(origins.tl() + best.place), window.centre, fineStep);
         } else {
-            refineHit(hit, fine_.sumsAround(templ, centre), featureCount, centre, fineStep);
-            if (hit.similarity < threshold) continue;
+            window.place = refinedPlace(fine_.sumsAround(templ, window.centre), featureCount, window.centre, fineStep);
+            window.hit = !(window.place.similarity < threshold);
         }
-        windows_[i].hit = found_.size();
-        found_.push_back(std::move(hit));
     }
 }
 

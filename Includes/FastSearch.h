@@ -9,6 +9,7 @@
 #include "Includes/ColorGradient.h"
 #include "Includes/Detector.h"
 #include "Includes/FineLevel.h"
+#include "Includes/HitRefinement.h"
 #include "Includes/ShapeTemplate.h"
 #include "Includes/WindowSums.h"
 
@@ -26,18 +27,21 @@ public:
 
     FastSearch(const ColorGradient& modality, const cv::Mat& source);
 
-    /// Appends the hits of all templates of a class, in the order of the templates.
+    /// Appends the hits of all templates of a class, in the order of the templates. Of equal hits of one template that
+    /// follow each other only the first is there.
     void matchClass(float threshold, std::vector<MatchHit>& hits, const std::string& classId,
                     const std::vector<ShapeTemplateLevels>& templates);
 
 private:
     static constexpr std::size_t none = static_cast<std::size_t>(-1);
 
-    /// The window of one candidate.
+    /// The window of one candidate, and what was found in it.
     struct Window {
         cv::Point centre;
+        int templateId;
         std::size_t next;  // the next window of its cluster
-        std::size_t hit;   // what the candidate became
+        bool hit;          // whether the place reaches the threshold
+        RefinedPlace place;
     };
 
     /// Windows of one template that lie near to each other.
@@ -49,6 +53,7 @@ private:
         std::size_t last;
     };
 
+    static bool isSameHit(const Window& a, const Window& b);
     void arrangeWindows(const std::vector<ShapeTemplateLevels>& templates,
                         const std::vector<CoarseCandidate>& candidates);
     void putIntoCluster(std::size_t window, int templateId, std::size_t firstCluster);
@@ -59,10 +64,9 @@ private:
     FineLevel fine_;
     CoarseSearch coarse_;
     WindowSums sums_;
-    // Of the class at work: a window for each candidate, the clusters template by template, and what is found in them.
+    // Of the class at work: a window for each candidate, and the clusters template by template.
     std::vector<Window> windows_;
     std::vector<Cluster> clusters_;
-    std::vector<MatchHit> found_;
 };
 
 }  // namespace line2Dup

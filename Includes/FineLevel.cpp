@@ -28,6 +28,16 @@ constexpr int slack = 16;
 
 int roundedUp(int length, int step) { return (length + step - 1) / step * step; }
 
+/// The tiles that a rectangle touches.
+cv::Rect tilesUnder(const cv::Rect& rect) {
+    const cv::Point first = rect.tl() / FineLevel::tileSide;
+    const cv::Point last = (rect.br() - cv::Point(1, 1)) / FineLevel::tileSide;
+    return {first, last + cv::Point(1, 1)};
+}
+
+/// Templates over up to so many tiles have features in almost all of them.
+constexpr int smallBox = 16;
+
 int tilesAlong(int length) { return roundedUp(length, FineLevel::tileSide) / FineLevel::tileSide; }
 
 /// For each label and each of 32 pixels a bit: whether the pixel's orientation gives the label no response.
@@ -38,6 +48,10 @@ MissingBits missingInThirtyTwo(const uchar* orientations) {
 #if CV_SIMD128
     const cv::v_uint8x16 left = cv::v_load(orientations);
     const cv::v_uint8x16 right = cv::v_load(orientations + 16);
+    if (cv::v_check_all(cv::v_eq(cv::v_or(left, right), cv::v_setzero_u8()))) {
+        bits.fill(~std::uint32_t{0});
+        return bits;
+    }
     for (int label = 0; label < labelCount; ++label) {
         const cv::v_uint8x16 wanted = cv::v_setall_u8(static_cast<uchar>(oneHotOf(label) | neighboursOf(label)));
         const auto missing = [&](const cv::v_uint8x16& sixteen) {
@@ -71,20 +85,26 @@ FineLevel::FineLevel(const cv::Mat& image, float weakThreshold)
       weakThreshold_(weakThreshold),
       wordColumns_(roundedUp(image.cols, wordDistance) / wordDistance),
       orientations_(image.rows, roundedUp(image.cols, wordDistance) + slack, CV_8U),
-      missing_(labelCount * wordColumns_, (image.rows + 1) * static_cast<int>(sizeof(std::uint64_t)), CV_8U),
+      orientationStep_(static_cast<std::ptrdiff_t>(orientations_.step[0])),
+      missingMemory_(labelCount * wordColumns_, image.rows + 1, CV_64F),  // elements of 64 bits
+      missing_(missingMemory_.ptr<std::uint64_t>()),
+      wordColumnStep_(image.rows + 1),
       needed_(cv::Mat::zeros(tilesAlong(image.rows), tilesAlong(image.cols), CV_8U)),
       prepared_(needed_.clone()) {}
 
-void FineLevel::need(const ShapeTemplate& templ, const cv::Rect& origins) {
-    const auto tileAt = [](int coordinate) { return static_cast<std::size_t>(coordinate) / tileSide; };
-    const std::size_t step = needed_.step[0];
-    for (const GradientFeature& feature : templ.features) {
-        const std::size_t left = tileAt(origins.x + feature.x);
-        const std::size_t right = tileAt(origins.br().x - 1 + feature.x);
-        uchar* upper = needed_.data + tileAt(origins.y + feature.y) * step;
-        uchar* lower = needed_.data + tileAt(origins.br().y - 1 + feature.y) * step;
-        upper[left] = upper[right] = lower[left] = lower[right] = 1;
+void FineLevel::need(const ShapeTemplate& templ, const cv::Rect& featureBox, const cv::Rect& origins) {
+    const cv::Rect whole(featureBox.tl() + origins.tl(), featureBox.br() + origins.br() - cv::Point(1, 1));
+    if (tilesUnder(whole).area() <= smallBox) {
+        note(tilesUnder(whole));
+        return;
     }
+    for (const GradientFeature& feature : templ.features) {
+        note(tilesUnder(origins + cv::Point(feature.x, feature.y)));
+    }
+}
+
+void FineLevel::note(const cv::Rect& tiles) {
+    for (int y = tiles.y; y < tiles.br().y; ++y) std::fill_n(needed_.ptr(y) + tiles.x, tiles.width, uchar{1});
 }
 
 void FineLevel::prepareNeeded() {
@@ -116,10 +136,11 @@ void FineLevel::packMissing(const cv::Rect& rect) {
         const int column = x / wordDistance;
         for (int y = rect.y; y < rect.br().y; ++y) {
             const MissingBits bits = missingInThirtyTwo(orientations(x, y));
-            for (int label = 0; label < labelCount; ++label) {
-                auto* word = missing_.ptr<std::uint64_t>(label * wordColumns_ + column) + y;
-                setLowerHalf(*word, bits[static_cast<std::size_t>(label)]);
-                if (column > 0) setUpperHalf(*(word - wordColumnStep()), bits[static_cast<std::size_t>(label)]);
+            std::uint64_t* word = missing_ + column * wordColumnStep_ + y;
+            for (const std::uint32_t ofLabel : bits) {
+                setLowerHalf(*word, ofLabel);
+                if (column > 0) setUpperHalf(*(word - wordColumnStep_), ofLabel);
+                word += wordColumns_ * wordColumnStep_;
             }
         }
     }

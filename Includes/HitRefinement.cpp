@@ -103,22 +103,29 @@ cv::Point windowCentre(cv::Point place, const ShapeTemplate& level, cv::Size siz
     return {clampedCentre(place.x, size.width, level.width, T), clampedCentre(place.y, size.height, level.height, T)};
 }
 
-void moveHit(MatchHit& hit, const BestPosition& best, const NineSums& around, cv::Point centre, int T) {
+RefinedPlace refinedPlace(const BestPosition& best, const NineSums& around, cv::Point centre, int T) {
     const cv::Point2f finer = centroidAround(best.place, around);
     const std::int64_t originX = std::int64_t{centre.x / T} - halfWindow;
     const std::int64_t originY = std::int64_t{centre.y / T} - halfWindow;
     const int offset = offsetInBlock(T);
-    hit.similarity = best.similarity;
-    hit.x = static_cast<int>((originX + best.place.x) * T + offset);
-    hit.y = static_cast<int>((originY + best.place.y) * T + offset);
     const auto step = static_cast<float>(T);
-    hit.subX = (static_cast<float>(originX) + finer.x) * step + static_cast<float>(offset);
-    hit.subY = (static_cast<float>(originY) + finer.y) * step + static_cast<float>(offset);
+    return {static_cast<int>((originX + best.place.x) * T + offset),
+            static_cast<int>((originY + best.place.y) * T + offset), best.similarity,
+            (static_cast<float>(originX) + finer.x) * step + static_cast<float>(offset),
+            (static_cast<float>(originY) + finer.y) * step + static_cast<float>(offset)};
 }
 
-void refineHit(MatchHit& hit, const cv::Mat& sums, std::size_t featureCount, cv::Point centre, int T) {
+RefinedPlace refinedPlace(const cv::Mat& sums, std::size_t featureCount, cv::Point centre, int T) {
     const BestPosition best = findBest(sums, featureCount);
-    moveHit(hit, best, sumsAround(sums, best.place), centre, T);
+    return refinedPlace(best, sumsAround(sums, best.place), centre, T);
+}
+
+void moveHit(MatchHit& hit, const RefinedPlace& place) {
+    hit.x = place.x;
+    hit.y = place.y;
+    hit.similarity = place.similarity;
+    hit.subX = place.subX;
+    hit.subY = place.subY;
 }
 
 void dropWorseThan(float threshold, std::vector<MatchHit>& hits) {

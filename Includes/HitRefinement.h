@@ -40,15 +40,26 @@ struct BestPosition {
 /// The sums of a position and of those around it.
 using NineSums = std::array<std::array<ushort, 3>, 3>;
 
-/// Moves the hit to the best position of its window, with its similarity and sub-pixel position.
+/// Where a window's hit lies in the image.
+struct RefinedPlace {
+    int x;
+    int y;
+    float similarity;
+    float subX;
+    float subY;
+};
+
+/// The place of the best position of a window.
 ///
 /// The sub-pixel position is the mean of the 3 by 3 positions around the best one, weighted with their sums; positions
 /// outside of the window do not count.
-void moveHit(MatchHit& hit, const BestPosition& best, const NineSums& around, cv::Point centre, int T);
+RefinedPlace refinedPlace(const BestPosition& best, const NineSums& around, cv::Point centre, int T);
 
-/// Finds the best position of the hit's window, the first of equal ones, and moves the hit there. `sums` (CV_16U) are
-/// the 16 by 16 sums of the window. One without any response puts the hit at its position (-1, -1), with similarity 0.
-void refineHit(MatchHit& hit, const cv::Mat& sums, std::size_t featureCount, cv::Point centre, int T);
+/// Finds the best position of a window, the first of equal ones. `sums` (CV_16U) are the 16 by 16 sums of the window.
+/// One without any response has its hit at position (-1, -1), with similarity 0.
+RefinedPlace refinedPlace(const cv::Mat& sums, std::size_t featureCount, cv::Point centre, int T);
+
+void moveHit(MatchHit& hit, const RefinedPlace& place);
 
 /// Takes away the hits below the threshold and keeps the order of the others. A refined hit may be just at the
 /// threshold, which at the coarsest level is deliberately not enough.

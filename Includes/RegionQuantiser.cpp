@@ -178,8 +178,10 @@ private:
         short* difference = neighbours.difference.data();
         short* sum = neighbours.sum.data();
         const std::size_t width = neighbours.sum.size();
-        for (std::size_t i = 0; i < width; ++i) difference[i] = static_cast<short>(row[i + 2] - row[i]);
-        for (std::size_t i = 0; i < width; ++i) sum[i] = static_cast<short>(row[i] + 2 * row[i + 1] + row[i + 2]);
+        for (std::size_t i = 0; i < width; ++i) {
+            difference[i] = static_cast<short>(row[i + 2] - row[i]);
+            sum[i] = static_cast<short>(row[i] + 2 * row[i + 1] + row[i + 2]);
+        }
     }
 
     int rows_;

@@ -69,11 +69,12 @@ void WindowSums::find(const FineLevel& level, const ShapeTemplate& templ, const 
     for (const GradientFeature& feature : templ.features) {
         const int x = origins.x + feature.x;
         const int y = origins.y + feature.y;
-        places_.push_back(
-            {level.missing(feature.label, x, y), x % FineLevel::wordDistance, level.orientations(x, y), feature.label});
+        places_.push_back({level.missing(feature.label, x, y), level.orientations(x, y),
+                           x & (FineLevel::wordDistance - 1), feature.label});
     }
     const int greatestSum = fullResponse * static_cast<int>(places_.size());
     open_.fill(0);
+    rows_ = 0;
     nineCentre_ = nowhere;
     if (leastSum > greatestSum) return;
     openPlaces((greatestSum - leastSum) / fullResponse);
@@ -199,13 +200,15 @@ void WindowSums::sumOpenPlaces(int leastSum) {
             }
             open &= ~summed;
         }
+        if (passing != 0) rows_ |= std::uint64_t{1} << y;
     }
 }
 
 WindowSums::Best WindowSums::bestIn(const cv::Rect& window) const {
     const cv::Point first = window.tl() - origins_.tl();
     Best best{{}, 0};
-    for (int y = 0; y < localWindow; ++y) {
+    for (std::uint64_t rows = rows_ >> first.y & lowestBits(localWindow); rows != 0; rows &= rows - 1) {
+        const int y = lowestBit(rows);
         const auto row = static_cast<std::size_t>(first.y + y);
         for (std::uint64_t left = open_[row] >> first.x & lowestBits(localWindow); left != 0; left &= left - 1) {
             const int x = lowestBit(left);

@@ -49,8 +49,8 @@ private:
     /// A feature in the level, for the crop origin at the rectangle's first place.
     struct Place {
         const std::uint64_t* missing;
-        int shift;
         const uchar* orientations;
+        int shift;  // where its first bit lies in a word
         int label;
     };
 
@@ -59,6 +59,7 @@ private:
     cv::Rect origins_;
     std::vector<Place> places_;
     std::array<std::uint64_t, greatestSide> open_{};  // a bit for each place, row by row
+    std::uint64_t rows_ = 0;                          // a bit for each row that has any
     std::array<std::array<ushort, greatestSide>, greatestSide> sums_{};
     cv::Point nineCentre_;  // of the sums in `nine_`; several windows have the same best place
     NineSums nine_{};
