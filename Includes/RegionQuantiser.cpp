@@ -47,9 +47,14 @@ struct NeighbourRow {
 
 /// Three rows of one channel, one above the other.
 struct ThreeRows {
-    const NeighbourRow* above;
-    const NeighbourRow* here;
-    const NeighbourRow* below;
+    ThreeRows(const NeighbourRow& above, const NeighbourRow& here, const NeighbourRow& below)
+        : difference{above.difference.data(), here.difference.data(), below.difference.data()},
+          sumAbove(above.sum.data()),
+          sumBelow(below.sum.data()) {}
+
+    const short* difference[3];
+    const short* sumAbove;
+    const short* sumBelow;
 };
 
 /// The derivatives of the strongest channel along a row. All such rows are longer than the pixels in them, so that they
@@ -71,12 +76,11 @@ struct Eight {
 };
 
 Eight derivativesAt(const ThreeRows& rows, std::size_t i) {
-    const cv::v_int16x8 middle = cv::v_load(&rows.here->difference[i]);
-    const cv::v_int16x8 sides =
-        cv::v_add(cv::v_load(&rows.above->difference[i]), cv::v_load(&rows.below->difference[i]));
+    const cv::v_int16x8 middle = cv::v_load(rows.difference[1] + i);
+    const cv::v_int16x8 sides = cv::v_add(cv::v_load(rows.difference[0] + i), cv::v_load(rows.difference[2] + i));
     Eight eight;
     eight.dx = cv::v_add(sides, cv::v_add(middle, middle));
-    eight.dy = cv::v_sub(cv::v_load(&rows.below->sum[i]), cv::v_load(&rows.above->sum[i]));
+    eight.dy = cv::v_sub(cv::v_load(rows.sumBelow + i), cv::v_load(rows.sumAbove + i));
     cv::v_int16x8 lowPairs;
     cv::v_int16x8 highPairs;
     cv::v_zip(eight.dx, eight.dy, lowPairs, highPairs);
@@ -113,8 +117,8 @@ void keepStrongest(const std::vector<ThreeRows>& channels, int threshold, Deriva
     for (std::size_t i = 0; i < row.dx.size(); ++i) {
         int most = -1;
         for (const ThreeRows& rows : channels) {
-            const int dx = rows.above->difference[i] + 2 * rows.here->difference[i] + rows.below->difference[i];
-            const int dy = rows.below->sum[i] - rows.above->sum[i];
+            const int dx = rows.difference[0][i] + 2 * rows.difference[1][i] + rows.difference[2][i];
+            const int dy = rows.sumBelow[i] - rows.sumAbove[i];
             const int magnitude = dx * dx + dy * dy;
             if (magnitude <= most) continue;
             most = magnitude;
@@ -136,8 +140,7 @@ public:
           blurredColumns_(std::max(columns.start - 1, 0), std::min(columns.end + 1, image.cols)),
           blur_(image, blurredColumns_),
           blurred_(channels_, std::vector<short>(1 + blur_.writtenValues() + 1)),
-          kept_(channels_ * keptRows),
-          three_(channels_) {
+          kept_(channels_ * keptRows) {
         const std::size_t width = wholeVectors(static_cast<std::size_t>(columns.size()));
         for (NeighbourRow& row : kept_) row = {std::vector<short>(width), std::vector<short>(width)};
         for (std::vector<short>& row : blurred_) row.resize(std::max(row.size(), width + 2));
@@ -151,7 +154,8 @@ public:
     void at(int y, int threshold, DerivativeRow& row, std::vector<uchar>& strong) {
         nextRow_ = std::max(nextRow_, std::max(y - 1, 0));
         for (; nextRow_ <= std::min(y + 1, rows_ - 1); ++nextRow_) load(nextRow_);
-        for (std::size_t k = 0; k < channels_; ++k) three_[k] = {&kept(y - 1, k), &kept(y, k), &kept(y + 1, k)};
+        three_.clear();
+        for (std::size_t k = 0; k < channels_; ++k) three_.emplace_back(kept(y - 1, k), kept(y, k), kept(y + 1, k));
         keepStrongest(three_, threshold, row, strong);
     }
 
