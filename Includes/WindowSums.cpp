@@ -28,15 +28,27 @@ const cv::Point nowhere(-1, -1);
 
 std::uint64_t lowestBits(int count) { return (std::uint64_t{1} << count) - 1; }
 
+std::size_t index(int i) { return static_cast<std::size_t>(i); }
+
+/// Shifted by any number of bits, this one has different upper six bits: a de Bruijn sequence.
+constexpr std::uint64_t deBruijn = 0x03F79D71B4CB0A89;
+
+constexpr std::array<signed char, 64> bitsByUpperSix() {
+    std::array<signed char, 64> bits{};
+    for (int bit = 0; bit < 64; ++bit) bits[deBruijn << bit >> 58] = static_cast<signed char>(bit);
+    return bits;
+}
+
 /// The index of the lowest bit that is set.
 int lowestBit(std::uint64_t word) {
-    const auto low = static_cast<unsigned>(word);
-    return static_cast<int>(low != 0 ? trailingZeros32(low) : 32 + trailingZeros32(static_cast<unsigned>(word >> 32)));
+    static constexpr std::array<signed char, 64> bits = bitsByUpperSix();
+    return bits[(word & (~word + 1)) * deBruijn >> 58];
 }
 
 #if CV_SIMD128
 cv::v_uint8x16 movedDown(const cv::v_uint64x2& words, int bits) {
-    using namespace cv;  // shifts by a variable lie in a nested namespace that depends on OpenCV's version
+    // Shifts by a variable lie in a nested namespace that depends on OpenCV's version.
+    using namespace cv;  // NOLINT(google-build-using-namespace)
     return v_reinterpret_as_u8(v_shr(words, bits));
 }
 
@@ -118,7 +130,7 @@ void WindowSums::countMisses(int allowed) {
             std::uint64_t open[2];
             cv::v_store(open, cv::v_reinterpret_as_u64(planes.open()));
             for (int k = 0; k < 2 && row + k < origins_.height; ++k) {
-                open_[static_cast<std::size_t>(row + k)] |= open[k] << strip * stripWidth;
+                open_[index(row + k)] |= open[k] << strip * stripWidth;
             }
         }
     }
@@ -135,7 +147,7 @@ WindowSums::Sixteen WindowSums::sumSixteen(int x, int y) const {
         cv::v_uint8x16 missing = cv::v_setzero_u8();
         for (std::size_t i = begin; i < end; ++i) {
             const Place& place = places_[i];
-            const auto label = static_cast<std::size_t>(place.label);
+            const auto label = index(place.label);
             const cv::v_uint8x16 orientations = cv::v_load(place.orientations + offset);
             const cv::v_uint8x16 found = cv::v_and(orientations, cv::v_load(foundOrientations[label].data()));
             own = cv::v_sub_wrap(own, cv::v_eq(orientations, cv::v_load(ownOrientations[label].data())));
@@ -167,7 +179,7 @@ void WindowSums::countMisses(int allowed) {
             const auto misses = std::count_if(places_.begin(), places_.end(), [&](const Place& place) {
                 return (place.missing[offset] >> (place.shift + x % stripWidth) & 1) != 0;
             });
-            if (misses <= allowed) open_[static_cast<std::size_t>(row)] |= std::uint64_t{1} << x;
+            if (misses <= allowed) open_[index(row)] |= std::uint64_t{1} << x;
         }
     }
 }
@@ -185,7 +197,7 @@ WindowSums::Sixteen WindowSums::sumSixteen(int x, int y) const {
 
 void WindowSums::sumOpenPlaces(int leastSum) {
     for (int y = 0; y < origins_.height; ++y) {
-        std::uint64_t& passing = open_[static_cast<std::size_t>(y)];
+        std::uint64_t& passing = open_[index(y)];
         std::uint64_t open = passing;
         passing = 0;
         while (open != 0) {
@@ -194,8 +206,8 @@ void WindowSums::sumOpenPlaces(int leastSum) {
             const std::uint64_t summed = open & lowestBits(atOnce) << first;
             for (std::uint64_t left = summed; left != 0; left &= left - 1) {
                 const int x = lowestBit(left);
-                const ushort sum = sixteen[static_cast<std::size_t>(x - first)];
-                sums_[static_cast<std::size_t>(y)][static_cast<std::size_t>(x)] = sum;
+                const ushort sum = sixteen[index(x - first)];
+                sums_[index(y)][index(x)] = sum;
                 if (sum >= leastSum) passing |= std::uint64_t{1} << x;
             }
             open &= ~summed;
@@ -209,10 +221,10 @@ WindowSums::Best WindowSums::bestIn(const cv::Rect& window) const {
     Best best{{}, 0};
     for (std::uint64_t rows = rows_ >> first.y & lowestBits(localWindow); rows != 0; rows &= rows - 1) {
         const int y = lowestBit(rows);
-        const auto row = static_cast<std::size_t>(first.y + y);
+        const std::size_t row = index(first.y + y);
         for (std::uint64_t left = open_[row] >> first.x & lowestBits(localWindow); left != 0; left &= left - 1) {
             const int x = lowestBit(left);
-            const int sum = sums_[row][static_cast<std::size_t>(first.x + x)];
+            const int sum = sums_[row][index(first.x + x)];
             if (sum > best.sum) best = {{x, y}, sum};
         }
     }
@@ -232,8 +244,7 @@ NineSums WindowSums::sumNine(cv::Point centre) const {
     for (int y = std::max(centre.y - 1, 0); y <= std::min(centre.y + 1, origins_.height - 1); ++y) {
         const Sixteen sums = sumSixteen(left, y);
         for (int x = left; x <= centre.x + 1; ++x) {
-            nine[static_cast<std::size_t>(y - centre.y + 1)][static_cast<std::size_t>(x - centre.x + 1)] =
-                sums[static_cast<std::size_t>(x - left)];
+            nine[index(y - centre.y + 1)][index(x - centre.x + 1)] = sums[index(x - left)];
         }
     }
     return nine;
