@@ -12,6 +12,7 @@
 #include <opencv2/core.hpp>
 #include <opencv2/core/hal/intrin.hpp>
 
+#include "Includes/LabelVectors.h"
 #include "Includes/MissPlanes.h"
 #include "Includes/OrientationLabel.h"
 #include "Includes/ResponseMaps.h"
@@ -54,21 +55,6 @@ cv::v_uint8x16 movedDown(const cv::v_uint64x2& words, int bits) {
 
 /// Features whose responses are counted in bytes before the counts are widened.
 constexpr std::size_t featuresInByteCount = 255;
-
-/// For each label a vector of sixteen bytes, all the same.
-using LabelVectors = std::array<std::array<uchar, 16>, labelCount>;
-
-template <typename ByteOf>
-constexpr LabelVectors vectorsOf(ByteOf byteOf) {
-    LabelVectors vectors{};
-    for (int label = 0; label < labelCount; ++label) {
-        for (uchar& byte : vectors[static_cast<std::size_t>(label)]) byte = static_cast<uchar>(byteOf(label));
-    }
-    return vectors;
-}
-
-constexpr LabelVectors ownOrientations = vectorsOf([](int label) { return oneHotOf(label); });
-constexpr LabelVectors foundOrientations = vectorsOf([](int label) { return oneHotOf(label) | neighboursOf(label); });
 #endif
 
 }  // namespace
