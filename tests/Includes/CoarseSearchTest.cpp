@@ -64,6 +64,7 @@ Found PlainlyFound(const cv::Mat& orientations, const std::vector<ShapeTemplateL
 
 std::vector<ShapeTemplateLevels> Scattered(RandomInput& random, int templates, int features, int side) {
     std::vector<ShapeTemplateLevels> scattered;
+    scattered.reserve(static_cast<std::size_t>(templates));
     for (int k = 0; k < templates; ++k) {
         scattered.push_back({ScatteredLevel(random, 0, features, {2 * side, 2 * side}, 0, 2 * side),
                              ScatteredLevel(random, 1, features, {side, side}, 0, side)});
