@@ -39,7 +39,7 @@ public:
     /// portion ends with the template that fills it up.
     void find(const std::vector<ShapeTemplateLevels>& templates, float threshold, const Taker& take) const;
 
-    static constexpr std::size_t fullPortion = std::size_t{1} << 15;
+    static constexpr std::size_t fullPortion = std::size_t{1} << 16;
 
 private:
     CoarseSearch(cv::Size grid, const cv::Mat& spread);

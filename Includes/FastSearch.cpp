@@ -133,6 +133,7 @@ bool FastSearch::isSameHit(const Window& a, const Window& b) {
 void FastSearch::arrangeWindows(const std::vector<ShapeTemplateLevels>& templates,
                                 const std::vector<CoarseCandidate>& candidates) {
     windows_.clear();
+    windows_.reserve(candidates.size());
     clusters_.clear();
     std::size_t firstCluster = 0;
     for (std::size_t i = 0; i < candidates.size(); ++i) {

@@ -91,7 +91,7 @@ TEST(CoarseSearch, FindsThePositionsWhoseSumsPass) {
 
 TEST(CoarseSearch, HandsOverLargeResultsInPortionsOfWholeTemplates) {
     RandomInput random(389);
-    const cv::Mat orientations = OrientationsOf(Noise(random, {160, 160}));
+    const cv::Mat orientations = OrientationsOf(Noise(random, {224, 224}));
     const auto templates = Scattered(random, 30, 12, 16);
     const Portions portions = PortionsIn(orientations, templates, 5.0f);
     EXPECT_EQ(AllOf(portions), PlainlyFound(orientations, templates, 5.0f));
@@ -116,7 +116,7 @@ TEST(FastSearch, EqualsThePlainSearchWhenCandidatesComeInPortions) {
     RandomInput random(390);
     std::size_t hits = 0;
     const cv::Mat scene = Noise(random, {256, 256});
-    const auto templates = Scattered(random, 24, 10, 12);
+    const auto templates = Scattered(random, 30, 10, 12);
     cv::Mat half;
     cv::pyrDown(scene, half, scene.size() / 2);
     ASSERT_GT(PortionsIn(OrientationsOf(half), templates, 8.0f).size(), 1u);
