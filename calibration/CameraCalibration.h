@@ -105,7 +105,7 @@ QUORVANE_EXPORT bool FindCalibrationBoard(const cv::Mat& image, cv::Size pattern
 /// `charucoIds` the numbers of the chessboard corners found; `outImage` the picture with these corners drawn.
 /// `quality` is the root-mean-square reprojection error in pixels of a calibration made from this picture alone, by
 /// the fisheye model or by the pinhole model with rational and thin-prism terms. `refineMarkers` looks for the board's
-/// missing markers among the rejected candidates.
+/// missing markers among rejected candidates; deliberately it is given none, so that it has no effect.
 ///
 /// Last error: "[FindChArUcoBoard] : Image is empty!" (`quality` untouched); or, for fewer markers than 80 % of half
 /// the squares or fewer than 4 chessboard corners, this function's qualified name followed by " : Poor picture
