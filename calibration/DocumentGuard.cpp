@@ -31,18 +31,19 @@ bool IsClosing(char c) { return c == ']' || c == '}'; }
 /// As the parsers see it: any byte from the blank on.
 bool IsPrintable(char c) { return static_cast<unsigned char>(c) >= static_cast<unsigned char>(' '); }
 
-/// A carriage return that ends no line; the parser does not see what follows it on its line.
-bool IsLoneReturn(const std::string& text, std::size_t at) {
-    return text[at] == '\r' && at + 1 < text.size() && text[at + 1] != '\n';
-}
-
-/// The first place from which on the parsers do not see all: a zero byte, too, hides what follows it on its line.
-/// Behind it nothing is taken as closed.
-std::size_t WhereSightEnds(const std::string& text) {
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '\0' || IsLoneReturn(text, i)) return i;
+/// A zero byte, and a carriage return that does not stand at a line's end, hide from the parsers what follows on the
+/// line, and the next line may be joined to it. Whole files are padded with zero bytes; those are cut off here.
+std::string WithoutPadding(const std::string& text) {
+    const auto hidesMore = [&](std::size_t at) {
+        return text[at] == '\0' || (text[at] == '\r' && at + 1 < text.size() && text[at + 1] != '\n');
+    };
+    std::size_t end = 0;
+    while (end < text.size() && !hidesMore(end)) ++end;
+    const auto isPadding = [](char c) { return c == '\0' || IsBlank(c); };
+    if (!std::all_of(text.begin() + static_cast<std::ptrdiff_t>(end), text.end(), isPadding)) {
+        Refuse("the document has lines with hidden ends");
     }
-    return text.size();
+    return text.substr(0, end);
 }
 
 unsigned Base64Digit(char c) {
@@ -74,15 +75,9 @@ void RefuseEndlessBase64(const std::string& text, std::size_t begin) {
 
 // --- XML -------------------------------------------------------------------------------------------------------------
 
-/// An '=' with nothing behind it, or nothing that the parser sees.
 void RefuseAttributeWithoutValue(const std::string& text) {
-    for (std::size_t i = text.find('='); i != npos; i = text.find('=', i + 1)) {
-        std::size_t next = i + 1;
-        while (next < text.size() && IsBlank(text[next]) && !IsLoneReturn(text, next)) ++next;
-        if (next == text.size() || text[next] == '\0' || text[next] == '\r') {
-            Refuse("the document ends in the middle of an attribute");
-        }
-    }
+    const std::size_t last = text.find_last_not_of(" \t\r\n");
+    if (last != npos && text[last] == '=') Refuse("the document ends in the middle of an attribute");
 }
 
 /// The data end at a line that begins with a tag. Elements in their lines are counted, in case that these are no data.
@@ -111,24 +106,22 @@ std::size_t EndOfTag(const std::string& text, std::size_t at) {
 
 void RefuseUnsafeXml(const std::string& text) {
     RefuseAttributeWithoutValue(text);
-    const std::size_t sight = WhereSightEnds(text);
     std::size_t depth = 0;
     // Text cannot hold a '<', so each one outside of comments and of a tag's quotes begins a tag.
     for (std::size_t at = text.find('<'); at != npos; at = text.find('<', at)) {
         if (text.compare(at, 4, "<!--") == 0) {
-            const std::size_t end = std::min(text.find("-->", at + 4), text.size());
-            at = end <= sight ? end : at + 1;
+            at = text.find("-->", at + 4);
             continue;
         }
         if (text.compare(at, 2, "</") != 0) {
             RefuseDeeperThanAllowed(++depth);
-        } else if (at < sight && depth > 0) {
+        } else if (depth > 0) {
             --depth;
         }
         const std::size_t end = EndOfTag(text, at);
         const std::string tag = text.substr(at, end - at);
         const bool holdsData = tag.find("\"binary\"") != npos || tag.find("'binary'") != npos;
-        at = std::min(end <= sight ? end : at, text.size() - 1) + 1;
+        at = std::min(end + 1, text.size());
         if (holdsData) at = SkipBase64Lines(text, at, depth);
     }
 }
@@ -147,27 +140,24 @@ std::size_t LastOfStringOrComment(const std::string& text, std::size_t at) {
 
 void RefuseUnsafeJson(const std::string& text) {
     static const std::string base64Signature = "\"$base64$";
-    std::size_t sight = WhereSightEnds(text);
     std::size_t depth = 0;
+    bool clearInLine = true;
     bool clear = true;
     for (std::size_t at = 0; at < text.size(); ++at) {
         const char c = text[at];
-        if (c == '\n') clear = true;
+        if (c == '\n') clearInLine = true;
         if (IsOpening(c)) RefuseDeeperThanAllowed(++depth);
         if (c == '"' && text.compare(at, base64Signature.size(), base64Signature) == 0) {
             RefuseEndlessBase64(text, at + base64Signature.size());
         }
-        if (!clear || at >= sight) continue;
+        if (!clearInLine && text.compare(at, 2, "/*") == 0) clear = false;
+        if (!clear || !clearInLine) continue;
         if (IsClosing(c) && depth > 0) --depth;
         const std::size_t last = LastOfStringOrComment(text, at);
-        if (c == '"' && text.find('\\', at) < last) {
-            // A backslash means one thing in a value and nothing in a name, so it is not clear where this ends, nor
-            // whether a comment begins behind it.
-            clear = false;
-            if (text.find("/*", at) < text.find('\n', at)) sight = at;
-        } else if (last < sight) {
-            at = last;
-        }
+        // A backslash means one thing in a value and nothing in a name, so that it is not clear where a string with it
+        // ends, nor whether a comment begins behind it. Strings end with their line, comments may go on.
+        clearInLine = c != '"' || std::find(&text[at], &text[last], '\\') == &text[last];
+        if (clearInLine) at = last;
     }
 }
 
@@ -177,20 +167,14 @@ void RefuseUnsafeJson(const std::string& text) {
 /// collections in a flow collection.
 class YamlNesting {
 public:
-    /// Takes the next line. What the parser may see otherwise is counted but never taken as closed.
-    void Take(const std::string& line, bool seen) {
+    /// Takes the next line. If what it shows is not clear, it may open but not close.
+    void Take(const std::string& line, bool clear) {
         const std::size_t first = line.find_first_not_of(' ');
-        if (first == npos) return;
-        if (seen && (line[first] == '#' || line[first] == '\r')) return;
-        if (seen) {
-            Close(first);
-            OpenBlocks(line, first);
-        } else {
-            unseenBlocks_ += 1 + static_cast<std::size_t>(std::count_if(line.begin(), line.end(),
-                                                                        [](char c) { return c == '-' || c == ':'; }));
-        }
-        Brackets(line, first, seen);
-        RefuseDeeperThanAllowed(blocks_.size() + unseenBlocks_ + flowDepth_);
+        if (first == npos || line[first] == '#' || line[first] == '\r') return;
+        if (clear) Close(first);
+        OpenBlocks(line, first);
+        Brackets(line, first, clear);
+        RefuseDeeperThanAllowed(blocks_.size() + flowDepth_);
     }
     bool MayBeInFlow() const { return flowDepth_ > 0; }
 
@@ -235,13 +219,14 @@ private:
         }
     }
 
-    void Brackets(const std::string& line, std::size_t first, bool seen) {
+    void Brackets(const std::string& line, std::size_t first, bool clear) {
         // In strings, comments, types and names a bracket is a letter like others.
-        const bool plain = seen && line.find_first_of("\"'#!") == npos;
+        const bool plain = clear && line.find_first_of("\"'#!") == npos;
         const std::size_t lastColon = line.rfind(':');
+        const std::size_t column = ColumnOfFlow(line, first);
         for (std::size_t at = first; at < line.size(); ++at) {
             if (IsOpening(line[at])) {
-                if (flowDepth_++ == 0) flowColumn_ = ColumnOfFlow(line, first, at);
+                if (flowDepth_++ == 0) flowColumn_ = column;
             } else if (IsClosing(line[at]) && plain && (lastColon == npos || at > lastColon) && flowDepth_ > 0) {
                 --flowDepth_;
             }
@@ -249,13 +234,13 @@ private:
     }
 
     /// Flow collections in a block collection end before a line in its column, others before a line in column 0.
-    static std::size_t ColumnOfFlow(const std::string& line, std::size_t first, std::size_t at) {
-        const bool inBlock = line.find('!') >= at && (line[first] == '-' || line.find(':') < at);
-        return inBlock ? first : 0;
+    static std::size_t ColumnOfFlow(const std::string& line, std::size_t first) {
+        const std::size_t begin = line.find_first_of("[{!");
+        const bool inBlock = line[first] == '-' || line.find(':') < begin;
+        return inBlock && begin != npos && line[begin] != '!' ? first : 0;
     }
 
     std::vector<std::size_t> blocks_;
-    std::size_t unseenBlocks_ = 0;
     std::size_t flowDepth_ = 0;
     std::size_t flowColumn_ = 0;
 };
@@ -263,9 +248,10 @@ private:
 /// Whether a value of this line is base64 data; these begin in the next line, behind "!!binary |".
 bool AnnouncesBase64(const std::string& line) {
     static const std::string type = "binary";
-    for (std::size_t at = line.find('!'); at != npos; at = line.find('!', at + 1)) {
+    for (std::size_t at = line.find('!'), next = at; at != npos; at = line.find('!', next)) {
         std::size_t end = std::min(line.find(' ', at), line.size());
-        std::size_t rest = line.find_first_not_of(' ', end);
+        next = end;
+        const std::size_t rest = line.find_first_not_of(' ', end);
         if (line[end - 1] == '\r') --end;
         if (line[end - 1] == '>') --end;
         if (end - at <= type.size() || line.compare(end - type.size(), type.size(), type) != 0) continue;
@@ -287,18 +273,18 @@ void RefuseEmptyName(const std::string& line) {
 }
 
 void RefuseUnsafeYaml(const std::string& text) {
-    std::size_t sight = WhereSightEnds(text);
+    bool clear = true;
     YamlNesting nesting;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find('\n', at), text.size());
         const std::string line = text.substr(at, end - at);
-        nesting.Take(line, end <= sight);
+        nesting.Take(line, clear);
         RefuseEmptyName(line);
         if (AnnouncesBase64(line)) {
             const std::size_t data = text.find_first_not_of(" \r\n", end);
             if (data != npos) RefuseEndlessBase64(text, data);
             // Base64 lines in a flow collection may look like its end.
-            if (nesting.MayBeInFlow()) sight = at;
+            if (nesting.MayBeInFlow()) clear = false;
         }
         at = end + 1;
     }
@@ -317,12 +303,15 @@ bool IsSafeElementFormat(const std::string& format) {
     return true;
 }
 
-void RefuseWhatParsersDoNotSurvive(const std::string& text) {
-    constexpr const char* byteOrderMark = "\xef\xbb\xbf";
-    const std::size_t begin = text.compare(0, 3, byteOrderMark) == 0 ? 3 : 0;
-    if (text.compare(begin, 5, "<?xml") == 0) RefuseUnsafeXml(text);
-    if (text.compare(begin, 5, "%YAML") == 0) RefuseUnsafeYaml(text);
-    if (text.compare(begin, 1, "{") == 0) RefuseUnsafeJson(text);
+void RefuseWhatParsersDoNotSurvive(const std::string& document) {
+    static const std::string byteOrderMark = "\xef\xbb\xbf";
+    const std::size_t begin = document.compare(0, byteOrderMark.size(), byteOrderMark) == 0 ? byteOrderMark.size() : 0;
+    const auto is = [&](const std::string& signature) {
+        return document.compare(begin, signature.size(), signature) == 0;
+    };
+    if (is("<?xml")) RefuseUnsafeXml(WithoutPadding(document));
+    if (is("%YAML")) RefuseUnsafeYaml(WithoutPadding(document));
+    if (is("{")) RefuseUnsafeJson(WithoutPadding(document));
 }
 
 }  // namespace Quorvane::CameraCalibration
