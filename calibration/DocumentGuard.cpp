@@ -248,7 +248,8 @@ private:
 /// Whether a value of this line is base64 data; these begin in the next line, behind "!!binary |".
 bool AnnouncesBase64(const std::string& line) {
     static const std::string type = "binary";
-    for (std::size_t at = line.find('!'), next = at; at != npos; at = line.find('!', next)) {
+    std::size_t next = 0;
+    for (std::size_t at = line.find('!'); at != npos; at = line.find('!', next)) {
         std::size_t end = std::min(line.find(' ', at), line.size());
         next = end;
         const std::size_t rest = line.find_first_not_of(' ', end);

@@ -24,7 +24,7 @@ struct StoredFile {
 };
 
 StoredFile FileOf(const std::string& fileName) {
-    std::string path = std::string(fileName.c_str());  // up to a zero byte
+    std::string path = fileName.substr(0, fileName.find('\0'));
     if (path.find('\n') != std::string::npos) return {"", false};
     path = path.substr(0, path.find_last_of('?'));
     const std::size_t dot = path.find_last_of('.');

@@ -61,7 +61,8 @@ public:
         countOf_[0] = 0;
         std::array<int, longestWord + 1> from{};
         for (std::size_t length = 1; length < longestWord; ++length) from[length + 1] = from[length] + countOf_[length];
-        symbols_.resize(static_cast<std::size_t>(from[longestWord] + countOf_[longestWord]));
+        const int symbolCount = from[longestWord] + countOf_[longestWord];
+        symbols_.resize(static_cast<std::size_t>(symbolCount));
         for (std::size_t symbol = 0; symbol < lengths.size(); ++symbol) {
             const auto length = static_cast<std::size_t>(lengths[symbol]);
             if (length > 0) symbols_[static_cast<std::size_t>(from[length]++)] = static_cast<int>(symbol);
@@ -76,8 +77,10 @@ public:
         for (std::size_t length = 1; length <= longestWord; ++length) {
             word = 2 * word + static_cast<int>(bits.Bits(1));
             firstOfLength *= 2;
-            if (word - firstOfLength < countOf_[length]) {
-                return symbols_[static_cast<std::size_t>(before + word - firstOfLength)];
+            const int place = word - firstOfLength;
+            if (place < countOf_[length]) {
+                const int symbol = before + place;
+                return symbols_[static_cast<std::size_t>(symbol)];
             }
             before += countOf_[length];
             firstOfLength += countOf_[length];
