@@ -205,8 +205,8 @@ private:
                     at = std::min(line.find(' ', at), line.size());
                     continue;
                 }
-                const bool isNumber =
-                    IsDigit(c) || ((c == '-' || c == '+' || c == '.') && (IsDigit(next) || next == '.'));
+                const bool isSigned = (c == '-' || c == '+') && (IsDigit(next) || next == '.');
+                const bool isNumber = IsDigit(c) || isSigned || (c == '.' && IsDigit(next));
                 if (IsOpening(c) || c == '"' || c == '\'' || isNumber) return;
             }
             if (c == '-') {

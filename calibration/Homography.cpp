@@ -50,8 +50,8 @@ cv::Point2f Mapped(const cv::Mat& homography, const cv::Point2f& point) {
     // OpenCV's product of matrices and not one written out: with fused multiply-add it rounds in its own way, and a
     // host that maps points with the matrix itself gets the same numbers.
     const cv::Vec3d column(static_cast<double>(point.x), static_cast<double>(point.y), 1.0);
-    const cv::Mat product = homography * cv::Mat(column, false);
-    const double* mapped = product.ptr<double>();
+    cv::Vec3d mapped;
+    cv::gemm(homography, column, 1.0, cv::noArray(), 0.0, mapped);
     return {static_cast<float>(mapped[0] / mapped[2]), static_cast<float>(mapped[1] / mapped[2])};
 }
 

@@ -172,6 +172,7 @@ TEST(ForeignDocuments, NestingThatOverflowsTheStackIsRefusedInEveryKind) {
         yamlHead + "a: " + Times(tooDeep, "[ ']]]', \n  "),
         yamlHead + "a: " + Times(tooDeep, "- ") + "1\n",
         yamlHead + "a: " + Times(tooDeep, "b: ") + "1\n",
+        yamlHead + "a: ..: " + Times(tooDeep, "- ") + "1\n",
         yamlHead + "a: " + Times(tooDeep, "!!map b: ") + "1\n",
         yamlHead + "\"a\": " + Times(tooDeep, "-") + "1\n",
         yamlHead + Times(tooDeep, "-"),
