@@ -62,8 +62,8 @@ void ShowStraightened(Report& report, const cv::Mat& shot, cv::Mat& K, cv::Mat& 
 /// A photograph whose camera was calibrated beforehand, from 13 photographs of its series.
 void ShowPhotograph(Report& report) {
     const cv::Mat photograph = LoadColourPicture("chessboard.png");
-    cv::Mat K = (cv::Mat_<double>(3, 3) << 532.338, 0.0, 342.431, 0.0, 532.690, 233.263, 0.0, 0.0, 1.0);
-    cv::Mat D = (cv::Mat_<double>(4, 1) << 0.101802, -0.897044, 4.489520, -7.693030);
+    cv::Mat K(ChessboardCamera().K);
+    cv::Mat D(ChessboardCamera().D);
     cv::Mat straight;
     Calibration::UnDistortedImage(photograph, K, D, 1.0, 1.0, straight);
     report.Heading("A photograph straightened");

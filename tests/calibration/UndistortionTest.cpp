@@ -127,9 +127,8 @@ double LargestBend(const cv::Mat& picture) {
 TEST(UnDistortedImage, StraightensAPhotograph) {
     Straightened run;
     run.distorted = LoadGrayPicture("chessboard.png");
-    // The fisheye calibration of the camera that took it, from the corners in 13 photographs of its series.
-    run.K = (cv::Mat_<double>(3, 3) << 532.338, 0.0, 342.431, 0.0, 532.690, 233.263, 0.0, 0.0, 1.0);
-    run.D = (cv::Mat_<double>(4, 1) << 0.101802, -0.897044, 4.489520, -7.693030);
+    run.K = cv::Mat(ChessboardCamera().K);
+    run.D = cv::Mat(ChessboardCamera().D);
     ASSERT_TRUE(run.Run()) << GetLastError();
     const double before = LargestBend(run.distorted);
     const double after = LargestBend(run.undistorted);
