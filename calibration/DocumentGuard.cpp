@@ -192,6 +192,7 @@ private:
     /// "- - name: value" opens a collection at each dash and at each name. The line's first name may hold anything.
     void OpenBlocks(const std::string& line, std::size_t first) {
         Open(first);
+        bool mayHaveType = true;
         for (std::size_t at = first; at < line.size();) {
             const char c = line[at];
             const char next = at + 1 < line.size() ? line[at + 1] : '\0';
@@ -201,10 +202,12 @@ private:
             }
             if (at > first) {
                 Open(at);
-                if (c == '!') {  // a type
-                    at = std::min(line.find(' ', at), line.size());
+                if (c == '!' && mayHaveType) {
+                    at = std::min(line.find_first_of(" >", at), line.size() - 1) + 1;
+                    mayHaveType = false;
                     continue;
                 }
+                mayHaveType = true;
                 const bool isSigned = (c == '-' || c == '+') && (IsDigit(next) || next == '.');
                 const bool isNumber = IsDigit(c) || isSigned || (c == '.' && IsDigit(next));
                 if (IsOpening(c) || c == '"' || c == '\'' || isNumber) return;

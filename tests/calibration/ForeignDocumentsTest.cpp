@@ -174,6 +174,8 @@ TEST(ForeignDocuments, NestingThatOverflowsTheStackIsRefusedInEveryKind) {
         yamlHead + "a: " + Times(tooDeep, "b: ") + "1\n",
         yamlHead + "a: ..: " + Times(tooDeep, "- ") + "1\n",
         yamlHead + "a: " + Times(tooDeep, "!!map b: ") + "1\n",
+        yamlHead + "a: " + Times(tooDeep, "!!map !!map 1: ") + "1\n",
+        yamlHead + "a: !<tag:yaml.org,2002:map>" + Times(tooDeep, "b:") + "1\n",
         yamlHead + "\"a\": " + Times(tooDeep, "-") + "1\n",
         yamlHead + Times(tooDeep, "-"),
         yamlHead + indented,
