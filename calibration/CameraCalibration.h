@@ -30,7 +30,8 @@ namespace Quorvane::CameraCalibration {
 QUORVANE_EXPORT std::string GetLastError();
 
 // ---------------------------------------------------------------------------------------------------------------------
-// Calibration files: `cv::FileStorage` documents, YAML, XML or JSON by the file name's ending (YAML by default).
+// Calibration files: `cv::FileStorage` documents, YAML, XML or JSON by the file name's ending (YAML by default),
+// compressed for ".gz". A document nested more than 1000 levels deep or longer than a gigabyte counts as malformed.
 // ---------------------------------------------------------------------------------------------------------------------
 
 /// Writes the nodes `K`, `D` and `rms`, in this order. The matrices are written as they are, of any size and type.

@@ -53,7 +53,7 @@ private:
     int left_ = 0;
 };
 
-/// A canonical Huffman code, told by the length of each symbol's code word.
+/// A canonical Huffman code, told by the length of each symbol's code word (RFC 1951, 3.2.2).
 class HuffmanCode {
 public:
     explicit HuffmanCode(const std::vector<int>& lengths) {
@@ -69,6 +69,8 @@ public:
         }
         RefuseWordsThatDoNotFit();
     }
+
+    bool UsesAllWords() const { return usesAllWords_; }
 
     int Decode(BitReader& bits) const {
         int word = 0;
@@ -92,24 +94,27 @@ private:
     static constexpr std::size_t longestWord = 15;
 
     /// All words are used, but for a code of one word or of none.
-    void RefuseWordsThatDoNotFit() const {
+    void RefuseWordsThatDoNotFit() {
         int unused = 1;
         for (std::size_t length = 1; length <= longestWord; ++length) {
             unused = 2 * unused - countOf_[length];
             if (unused < 0) RefuseDamage();
         }
         const bool hasOneShortWord = symbols_.size() == 1 && countOf_[1] == 1;
+        usesAllWords_ = unused == 0;
         if (unused > 0 && !hasOneShortWord && !symbols_.empty()) RefuseDamage();
     }
 
     std::array<int, longestWord + 1> countOf_{};
     std::vector<int> symbols_;
+    bool usesAllWords_ = false;
 };
 
 constexpr int endOfBlock = 256;
 constexpr int firstLengthSymbol = 257;
 
-/// A repeated stretch's length or distance: the least one of each symbol, and how many bits say how much more it is.
+/// A repeated stretch's length or distance: the least one of each symbol, and how many bits say how much more it is
+/// (RFC 1951, 3.2.5).
 struct Range {
     unsigned least;
     int extraBits;
@@ -151,6 +156,7 @@ struct BlockCodes {
     HuffmanCode distances;
 };
 
+/// The word lengths that the format fixes (RFC 1951, 3.2.6).
 BlockCodes FixedCodes() {
     std::vector<int> lengths(288, 8);
     std::fill(lengths.begin() + 144, lengths.begin() + 256, 9);
@@ -158,6 +164,7 @@ BlockCodes FixedCodes() {
     return {HuffmanCode(lengths), HuffmanCode(std::vector<int>(32, 5))};
 }
 
+/// Word lengths, themselves in a Huffman code, whose own word lengths come first (RFC 1951, 3.2.7).
 BlockCodes ReadCodes(BitReader& bits) {
     constexpr std::array<std::size_t, 19> order{16, 17, 18, 0, 8, 7, 9, 6, 10, 5, 11, 4, 12, 3, 13, 2, 14, 1, 15};
     constexpr std::size_t mostLiterals = 286;
@@ -169,6 +176,7 @@ BlockCodes ReadCodes(BitReader& bits) {
     std::vector<int> lengthsOfLengths(order.size(), 0);
     for (std::size_t i = 0; i < told; ++i) lengthsOfLengths[order[i]] = static_cast<int>(bits.Bits(3));
     const HuffmanCode lengthCode(lengthsOfLengths);
+    if (!lengthCode.UsesAllWords()) RefuseDamage();
 
     constexpr int repeatLast = 16;
     constexpr int repeatZero = 17;
