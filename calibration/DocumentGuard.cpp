@@ -207,9 +207,10 @@ private:
                     mayHaveType = false;
                     continue;
                 }
-                mayHaveType = true;
+                // Behind a type the parser takes no sign and no point for a number's beginning.
                 const bool isSigned = (c == '-' || c == '+') && (IsDigit(next) || next == '.');
-                const bool isNumber = IsDigit(c) || isSigned || (c == '.' && IsDigit(next));
+                const bool isNumber = IsDigit(c) || (mayHaveType && (isSigned || (c == '.' && IsDigit(next))));
+                mayHaveType = true;
                 if (IsOpening(c) || c == '"' || c == '\'' || isNumber) return;
             }
             if (c == '-') {
@@ -248,6 +249,71 @@ private:
     std::size_t flowColumn_ = 0;
 };
 
+/// The documents of a stream, of which a file mostly has one. Between two of them the parser never gets past a '-' that
+/// does not begin "---", and it skips three letters, whatever they are, behind each.
+class YamlStream {
+public:
+    explicit YamlStream(const std::string& text) : text_(text) {}
+
+    /// Takes the next line, which begins at this place of the text.
+    void Take(const std::string& line, std::size_t begin) {
+        const std::size_t first = NextToken(line, 0);
+        if (first == npos || state_ == State::inFlow) return;
+        if (state_ == State::inBlock) {
+            const bool ends = line.compare(first, markLength, "...") == 0;
+            if (first > column_ || (first == column_ && !ends)) return;
+            if (!ends && line.compare(first, markLength, "---") != 0) Refuse("text between two documents");
+            state_ = State::between;
+            TakeBetween(line, first + markLength, begin);
+        } else if (state_ == State::between) {
+            TakeBetween(line, first, begin);
+        } else {
+            TakeRoot(line, first, begin);
+        }
+    }
+
+private:
+    static constexpr std::size_t markLength = 3;
+    enum class State { between, rootExpected, inBlock, inFlow };
+
+    static std::size_t NextToken(const std::string& line, std::size_t at) {
+        at = line.find_first_not_of(' ', std::min(at, line.size()));
+        return at == npos || line[at] == '#' || line[at] == '\r' ? npos : at;
+    }
+
+    void TakeBetween(const std::string& line, std::size_t at, std::size_t begin) {
+        at = NextToken(line, at);
+        if (at == npos || line[at] == '%') return;
+        if (line.compare(at, markLength, "---") == 0) {
+            state_ = State::rootExpected;
+            at = NextToken(line, at + markLength);
+            if (at != npos) TakeRoot(line, at, begin);
+        } else if (!hadRoot_) {
+            TakeRoot(line, at, begin);
+        } else if (line[at] == '-') {
+            Refuse("a dash between two documents");
+        }
+    }
+
+    void TakeRoot(const std::string& line, std::size_t at, std::size_t begin) {
+        hadRoot_ = true;
+        if (line[at] == '!') {
+            // Where the line holds the type alone, the root begins in a line to come.
+            at = NextToken(line, std::min(line.find_first_of(" >", at), line.size() - 1) + 1);
+            if (at == npos) return;
+        }
+        // Where a flow collection ends is not judged, so none may have a dash behind its beginning.
+        if (IsOpening(line[at]) && text_.find('-', begin + at) != npos) Refuse("a flow collection as the root");
+        state_ = IsOpening(line[at]) ? State::inFlow : State::inBlock;
+        column_ = at;
+    }
+
+    const std::string& text_;
+    State state_ = State::between;
+    std::size_t column_ = 0;
+    bool hadRoot_ = false;
+};
+
 /// Whether a value of this line is base64 data; these begin in the next line, behind "!!binary |".
 bool AnnouncesBase64(const std::string& line) {
     static const std::string type = "binary";
@@ -278,10 +344,12 @@ void RefuseEmptyName(const std::string& line) {
 
 void RefuseUnsafeYaml(const std::string& text) {
     bool clear = true;
+    YamlStream stream(text);
     YamlNesting nesting;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find('\n', at), text.size());
         const std::string line = text.substr(at, end - at);
+        stream.Take(line, at);
         nesting.Take(line, clear);
         RefuseEmptyName(line);
         if (AnnouncesBase64(line)) {

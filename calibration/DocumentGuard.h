@@ -9,6 +9,7 @@
 ///    megabyte: "a: " and then a hundred thousand "[" in YAML;
 ///  - the XML parser reads through a null pointer where the document ends behind the "=" of an attribute;
 ///  - a block of base64 data whose header names no element type keeps them busy for ever;
+///  - a dash between two documents of a YAML stream keeps them busy for ever, too: "a: 1", "..." and then "- b";
 ///  - an empty name in YAML makes them read in front of their buffer, and throw what is no `cv::Exception`;
 ///  - a list of more than 64 element types overflows an array on the stack.
 /// Bytes that hide a part of a line from them (zero bytes among the text) could hide any of these, and are refused too.

@@ -175,6 +175,7 @@ TEST(ForeignDocuments, NestingThatOverflowsTheStackIsRefusedInEveryKind) {
         yamlHead + "a: ..: " + Times(tooDeep, "- ") + "1\n",
         yamlHead + "a: " + Times(tooDeep, "!!map b: ") + "1\n",
         yamlHead + "a: " + Times(tooDeep, "!!map !!map 1: ") + "1\n",
+        yamlHead + "a: " + Times(tooDeep, "!!map .5: ") + "1\n",
         yamlHead + "a: !<tag:yaml.org,2002:map>" + Times(tooDeep, "b:") + "1\n",
         yamlHead + "\"a\": " + Times(tooDeep, "-") + "1\n",
         yamlHead + Times(tooDeep, "-"),
@@ -212,6 +213,24 @@ TEST(ForeignDocuments, WhatIsNotNestedDeeplyIsLoaded) {
     const std::string records =
         Times(5000, "{ \"b\": \"[{ \", \"p\":\n\"C:\\\\a\",\n\"c\": [ 1, 2 ] },\n/* [ */ ") + "1";
     ExpectLoaded(folder.Write("flat.json", "{ \"a\": [ " + records + " ],\n" + json));
+}
+
+TEST(ForeignDocuments, ADashBetweenTwoDocumentsIsRefused) {
+    const ScratchFolder folder;
+    for (const char* nodes : {"a: 1\n...\n- b\n", "a: 1\n...- b\n", "a: 1\n...\n# c\n%D\n  - b\n", "  a: 1\nxxx- b\n",
+                              "{}\nxxx- b\n", "- 1\n...\n-\n", "!!map\na: 1\n...\n-- b\n"}) {
+        EXPECT_THROW(RefuseWhatParsersDoNotSurvive(yamlHead + nodes), cv::Exception) << nodes;
+        ExpectRefused(folder.Write("dash.yml", yamlHead + nodes), "");
+    }
+    const std::string map = StoredHomography(folder, ".yml").substr(yamlHead.size());
+    const std::string streams[] = {
+        map + "...\n---\na: -1\n", "a: -1\n...\n---\n" + map, "- -1\n- - 2\n...\n# c\n--- # d\n" + map, "{ a: 1 }\n",
+        "!!map\n" + map,
+    };
+    for (const std::string& stream : streams)
+        EXPECT_NO_THROW(RefuseWhatParsersDoNotSurvive(yamlHead + stream)) << stream;
+    ExpectLoaded(folder.Write("first.yml", yamlHead + streams[0]));
+    ExpectLoaded(folder.Write("second.yml", yamlHead + streams[1]));
 }
 
 TEST(ForeignDocuments, AnEmptyNameIsRefused) {
