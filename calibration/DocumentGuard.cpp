@@ -192,6 +192,13 @@ private:
     /// "- - name: value" opens a collection at each dash and at each name. The line's first name may hold anything.
     void OpenBlocks(const std::string& line, std::size_t first) {
         Open(first);
+        if (line[first] == '!') {
+            // A type or a name, depending on what came before: every dash and every colon may open a collection.
+            for (std::size_t at = first; at < line.size(); ++at) {
+                if (line[at] == '-' || line[at] == ':') Open(at + 1);
+            }
+            return;
+        }
         bool mayHaveType = true;
         for (std::size_t at = first; at < line.size();) {
             const char c = line[at];

@@ -176,6 +176,8 @@ TEST(ForeignDocuments, NestingThatOverflowsTheStackIsRefusedInEveryKind) {
         yamlHead + "a: " + Times(tooDeep, "!!map b: ") + "1\n",
         yamlHead + "a: " + Times(tooDeep, "!!map !!map 1: ") + "1\n",
         yamlHead + "a: " + Times(tooDeep, "!!map .5: ") + "1\n",
+        yamlHead + "!<tag:yaml.org,2002:seq> " + Times(tooDeep, "- ") + "1\n",
+        yamlHead + "a: 1\n!b:" + Times(tooDeep, "-") + "1\n",
         yamlHead + "a: !<tag:yaml.org,2002:map>" + Times(tooDeep, "b:") + "1\n",
         yamlHead + "\"a\": " + Times(tooDeep, "-") + "1\n",
         yamlHead + Times(tooDeep, "-"),
