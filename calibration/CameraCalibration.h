@@ -124,4 +124,42 @@ QUORVANE_EXPORT cv::Mat GenerateChArUcoBoard(const std::string& fileName, const 
                                              cv::aruco::Dictionary& dictionary, cv::aruco::CharucoBoard& board,
                                              int dpi);
 
+// ---------------------------------------------------------------------------------------------------------------------
+// Scale and cross. These two leave the last error alone and have no handler: a `cv::Exception` passes to the caller. A
+// picture is 8-bit with 1, 3 (blue, green, red) or 4 channels; OpenCV refuses other depths, an empty picture and one
+// without any contrast.
+// ---------------------------------------------------------------------------------------------------------------------
+
+/// Takes the scale of a picture from a circle of known size: of the circles found with more than 20 pixels radius, the
+/// one nearest the picture's middle, whatever its size. Of circles nearer to each other than three quarters of the
+/// picture's longer side only the most distinct one is found at all.
+///
+///     cv::Point2f center;
+///     double radius = 0.0, pixelsPerMillimetre = 0.0;
+///     if (CalScalePixToMmUseCircle(picture, 8.0, 0.0, center, radius, pixelsPerMillimetre)) { ... }
+///
+/// `realRadius` is the circle's true radius in millimetres; `notRead` is accepted and never looked at. `center` and
+/// `radius` are in pixels, `scale` is `radius / realRadius`, that is pixels per millimetre. Nothing checks
+/// `realRadius`: 0 gives an infinite scale.
+///
+/// Returns `false` and the `scale` -1.0 for any other count of channels and for a picture without such a circle;
+/// `center` and `radius` are then untouched.
+///
+/// The circle is to be dark on a light ground, with nothing larger, round and dark within 2.5 radii around it. It is
+/// measured to its outermost dark pixels, which makes `radius` nearly half a pixel small. A light circle is found but
+/// not measured: what comes back is its dark surroundings, with a radius up to 3.5 times too large.
+QUORVANE_EXPORT bool CalScalePixToMmUseCircle(const cv::Mat& image, const double& realRadius, const double& notRead,
+                                              cv::Point2f& center, double& radius, double& scale);
+
+/// Finds where the bars of a dark cross meet, to a fraction of a pixel, inside a dark ring on a light ground. The ring
+/// is the circle that `CalScalePixToMmUseCircle` finds. Each bar is then measured from both of its sides, in the square
+/// around the ring's inside, and the centre is that of the quadrilateral between the four edges. So the bars lie along
+/// the picture's rows and columns, give or take some degrees, cross most of the inside, and are at least 40 gray
+/// levels darker than the ground; and the ring is wide enough to hold the square's corners (two fifths of its inner
+/// radius), since behind a thinner one they meet the wrong edge.
+///
+/// `center` and `radius` are in pixels; `radius` is that of the ring's outside. Returns `false` without a circle, both
+/// untouched, and where the four edges have no centre: then `radius` is set and `center` is the circle's.
+QUORVANE_EXPORT bool FindCircleCross(const cv::Mat& image, cv::Point2f& center, double& radius);
+
 }  // namespace Quorvane::CameraCalibration

@@ -15,5 +15,6 @@ void MeasurementsSection(Report& report);
 void CameraLensSection(Report& report);
 void CameraBoardsSection(Report& report);
 void CameraMapSection(Report& report);
+void ScaleAndCrossSection(Report& report);
 
 }  // namespace Demo
