@@ -20,6 +20,7 @@
 #include "tests/support/Pictures.h"
 #include "tests/support/Scene.h"
 #include "tests/support/Shapes.h"
+#include "tests/support/TwoCameras.h"
 
 namespace {
 
@@ -200,6 +201,57 @@ cv::Mat Change() {
     return Row({before, before + cv::Scalar::all(3), opened}, 220);
 }
 
+cv::Mat TwoCameraViews() {
+    using CameraCalibration::ImageDirFlags;
+    cv::Mat scene;
+    cv::resize(LoadColourPicture("coffee.png"), scene, {}, 1.5, 1.5, cv::INTER_CUBIC);
+    TwoCameras cameras;
+    cameras.view = {520, 560};
+    cameras.overlap = 200.0;
+    cameras.shiftDown = 10.0;
+    cameras.turn = 1.0;
+    cameras.light1 = 0.85;
+    cameras.noise = 1.5;
+    const TwoViews views = TestSupport::Photograph(cameras, scene);
+    const ImageDirFlags upright(-1, false, false);
+    std::vector<cv::Point2f> points1;
+    std::vector<cv::Point2f> points2;
+    cv::setRNGSeed(1);
+    cv::Mat homography;
+    double meanError = 0.0;
+    double seamX = 0.0;
+    cv::Mat joined;
+    Expect(CameraCalibration::CalibrationMatchPointsForDualCam(views.picture1, upright, {270, 0, 250, 560},
+                                                               views.picture2, upright, {0, 0, 250, 560}, 0.75, 4.0,
+                                                               0.3, points1, points2) &&
+               CameraCalibration::CreateHomography(points1, points2, homography, meanError, 3.0, 2000, 0.995) &&
+               CameraCalibration::DoBlendingImageForDualCam(views.picture1, upright, views.picture2, upright, 1.0, 1.0,
+                                                            homography, seamX, joined),
+           "joining the cameras");
+    return Row({views.picture1, views.picture2, joined}, 260);
+}
+
+cv::Mat ScaleAndCross() {
+    const cv::Point2d place(246.3, 174.8);
+    const cv::Mat target = Scene({480, 360}, 205.0)
+                               .Paint(Ring(place, 101.5, 37.0), 45.0)
+                               .Paint(TestSupport::Cross(place, 166.0, 12.0), 45.0)
+                               .Blur(1.0)
+                               .Noise(2.0, 5)
+                               .Gray();
+    cv::Point2f circle;
+    cv::Point2f cross;
+    double radius = 0.0;
+    double scale = 0.0;
+    Expect(CameraCalibration::CalScalePixToMmUseCircle(target, 8.0, 0.0, circle, radius, scale) &&
+               CameraCalibration::FindCircleCross(target, cross, radius),
+           "the target");
+    cv::Mat drawn = Coloured(target);
+    cv::circle(drawn, circle, cvRound(radius), foundColour, 2, cv::LINE_AA);
+    cv::drawMarker(drawn, cross, regionColour, cv::MARKER_CROSS, 60, 2, cv::LINE_AA);
+    return Row({target, drawn}, 300);
+}
+
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
@@ -214,7 +266,9 @@ int main(int argumentCount, char** arguments) {
                                                                       {"machine-map.jpg", MachineMap},
                                                                       {"measuring.jpg", Measuring},
                                                                       {"image-operators.jpg", Operators},
-                                                                      {"change.jpg", Change}};
+                                                                      {"change.jpg", Change},
+                                                                      {"two-cameras.jpg", TwoCameraViews},
+                                                                      {"scale-and-cross.jpg", ScaleAndCross}};
     try {
         const std::filesystem::path folder(arguments[1]);
         std::filesystem::create_directories(folder);

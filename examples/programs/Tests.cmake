@@ -8,6 +8,11 @@ quorvane_program_test(calibrate-lens fails-where-it-cannot-write 1 "Failed to op
     circles-1.png --columns 7 --rows 5 -o no/such/folder.yml)
 quorvane_program_test(calibrate-lens needs-a-pattern 2 "--columns is required" circles-1.png)
 
+quorvane_program_test(circle-scale scale 0 "^circle at .246.[23].*, 14.9[0-9]* pixels per mm" target.png)
+quorvane_program_test(circle-scale cross 0 "^cross at .246.[23][0-9]*, 174.[78]" target.png --cross)
+quorvane_program_test(circle-scale no-cross 1 "there is no cross in the circle" plate.png --cross)
+quorvane_program_test(circle-scale refuses-a-radius 2 "--radius" target.png -r 0)
+
 quorvane_program_test(detect-change forgives-nothing-exactly 0 "^changed" photographer.png coins.png --threshold 3)
 quorvane_program_test(detect-change same 0 "^unchanged" photographer.png photographer.png --exact)
 quorvane_program_test(detect-change refuses-sizes 1 "different sizes" photographer.png coins.png --exact)
@@ -24,6 +29,14 @@ quorvane_program_test(find-marks counts-the-coins 0 "^24 marks" coins.png -r 26 
 quorvane_program_test(find-marks finds-none 1 "^0 marks" coins.png -r 26 -s 0.99)
 quorvane_program_test(find-marks refuses-a-radius 2 "--radius" coins.png -r 0)
 quorvane_program_test(find-marks refuses-an-order 2 "--order" coins.png --order middle)
+
+set(cameras left.png right.png --turn-left clockwise)
+quorvane_program_test(join-cameras joins 0 "^8[0-9][0-9] x 5[56][0-9] pixels, seam at column 4[0-9][0-9]" ${cameras} --overlap 250
+    --save pair.yml -o pair.png)
+quorvane_program_test(join-cameras reads-its-map 0 "^8[0-9][0-9] x 5[56][0-9] pixels" ${cameras} --load pair.yml -o pair-again.png)
+quorvane_program_test(join-cameras has-nothing-in-common 1 "too little in common" coins.png circles-1.png --overlap 50)
+quorvane_program_test(join-cameras refuses-other-maps 1 "This file has been corrupted" ${cameras} --load camera.yml)
+quorvane_program_test(join-cameras needs-a-map 2 "Exactly 1 option" ${cameras})
 
 quorvane_program_test(laser-dots writes-dots 0 "^384 x 303 pixels, [0-9]+ dots" coins.png --low 60 --high 200 -o coins-dots.png)
 quorvane_program_test(laser-dots refuses-a-text 1 "bed.txt is not a picture that can be read" bed.txt)
@@ -56,6 +69,8 @@ quorvane_program_test(straighten needs-a-camera 2 "picture is required" bed.txt)
 
 # These read what another test has written.
 if(QUORVANE_BUILD_TESTS)
-    set_tests_properties(examples/straighten/straightens PROPERTIES DEPENDS examples/calibrate-lens/finds-the-lens)
+    set_tests_properties(examples/straighten/straightens examples/join-cameras/refuses-other-maps
+        PROPERTIES DEPENDS examples/calibrate-lens/finds-the-lens)
+    set_tests_properties(examples/join-cameras/reads-its-map PROPERTIES DEPENDS examples/join-cameras/joins)
     set_tests_properties(examples/map-to-machine/reads-its-map PROPERTIES DEPENDS examples/map-to-machine/maps)
 endif()

@@ -1,5 +1,5 @@
 // Renders the pictures that the programs and the guide work on where the repository has no photograph for it: shots of
-// calibration boards, a tray of parts, a plate with a hole, a machine's bed.
+// calibration boards, a tray of parts, a plate with a hole, a machine's bed, two cameras, a target.
 //
 //     quorvane_scenes FOLDER
 
@@ -10,15 +10,18 @@
 #include <fstream>
 #include <iostream>
 #include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
 #include <stdexcept>
 #include <string>
 
 #include "examples/demo/BedScene.h"
 #include "examples/demo/FillingScenes.h"
 #include "tests/support/Boards.h"
+#include "tests/support/Pictures.h"
 #include "tests/support/RandomInput.h"
 #include "tests/support/Scene.h"
 #include "tests/support/Shapes.h"
+#include "tests/support/TwoCameras.h"
 
 namespace {
 
@@ -93,6 +96,33 @@ void RenderBed(const Folder& folder) {
     }
 }
 
+/// left.png and right.png: a table under two cameras, the left one on its side and with less light.
+void RenderTwoCameras(const Folder& folder) {
+    cv::Mat scene;
+    cv::resize(LoadColourPicture("coffee.png"), scene, {}, 1.5, 1.5, cv::INTER_CUBIC);
+    TwoCameras cameras;
+    cameras.view = {520, 560};
+    cameras.overlap = 200.0;
+    cameras.shiftDown = 10.0;
+    cameras.turn = 1.0;
+    cameras.light1 = 0.85;
+    cameras.noise = 1.5;
+    const TwoViews views = Photograph(cameras, scene);
+    folder.Write("left.png", Mounted(views.picture1, cv::ROTATE_90_CLOCKWISE, false, false));
+    folder.Write("right.png", views.picture2);
+}
+
+/// target.png: a dark ring of 120 pixels outer radius, 45 % as wide as its inner radius, with a cross in it.
+void RenderTarget(const Folder& folder) {
+    const cv::Point2d center(246.3, 174.8);
+    folder.Write("target.png", Scene({480, 360}, 205.0)
+                                   .Paint(Ring(center, 101.5, 37.0), 45.0)
+                                   .Paint(Cross(center, 166.0, 12.0), 45.0)
+                                   .Blur(1.0)
+                                   .Noise(2.0, 5)
+                                   .Gray());
+}
+
 }  // namespace
 
 int main(int argumentCount, char** arguments) {
@@ -107,6 +137,8 @@ int main(int argumentCount, char** arguments) {
         RenderTrayOfParts(folder);
         RenderPlate(folder);
         RenderBed(folder);
+        RenderTwoCameras(folder);
+        RenderTarget(folder);
     } catch (const std::exception& failure) {
         std::cerr << "the pictures could not be made: " << failure.what() << std::endl;
         return 1;

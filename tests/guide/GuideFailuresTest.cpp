@@ -127,6 +127,51 @@ TEST(GuideFailures, OfBoards) {
     }
 }
 
+TEST(GuideFailures, OfTwoCameras) {
+    const std::string page = GuidePage("two-cameras");
+    const Calibration::ImageDirFlags upright(-1, false, false);
+    const cv::Rect all({0, 0}, plain.size());
+    std::vector<cv::Point2f> points1;
+    std::vector<cv::Point2f> points2;
+    cv::Mat picture;
+    double seamX = 7.0;
+    EXPECT_FALSE(Calibration::CalibrationMatchPointsForDualCam(cv::Mat(), upright, all, plain, upright, all, 0.75, 4.0,
+                                                               0.3, points1, points2));
+    EXPECT_THAT(page, HasSubstr("\"" + Calibration::GetLastError() + "\""));
+    cv::Mat homography = cv::Mat::eye(3, 3, CV_64F);
+    EXPECT_FALSE(Calibration::CreateMatchesImage(plain, upright, cv::Mat(), upright, {}, {}, picture));
+    EXPECT_THAT(page, HasSubstr("\"" + Calibration::GetLastError() + "\""));
+    EXPECT_FALSE(Calibration::DoBlendingImageForDualCam(plain, upright, cv::Mat(), upright, 1.0, 1.0, homography, seamX,
+                                                        picture));
+    EXPECT_EQ(seamX, 7.0);
+    EXPECT_TRUE(Calibration::CalibrationMatchPointsForDualCam(plain, upright, all, plain, upright, all, 0.75, 4.0, 0.3,
+                                                              points1, points2));
+    EXPECT_THAT(points1, IsEmpty());
+    double meanError = 7.0;
+    EXPECT_FALSE(Calibration::CreateHomography(points1, points2, homography, meanError, 3.0, 2000, 0.995));
+    EXPECT_EQ(meanError, -1.0);
+    cv::Point2f transformed(3, 4);
+    EXPECT_FALSE(Calibration::TransformPoint(cv::Mat(), {1, 1}, transformed));
+    EXPECT_EQ(transformed, cv::Point2f(3, 4));
+}
+
+TEST(GuideFailures, OfScaleAndCross) {
+    const cv::Mat light(240, 320, CV_8UC1, cv::Scalar(200));
+    cv::Mat speck = light.clone();
+    speck.at<uchar>(120, 160) = 30;
+    cv::Point2f center(3, 4);
+    double radius = 5.0;
+    double scale = 6.0;
+    EXPECT_FALSE(Calibration::CalScalePixToMmUseCircle(speck, 8.0, 0.0, center, radius, scale));
+    EXPECT_EQ(scale, -1.0);
+    EXPECT_FALSE(Calibration::FindCircleCross(speck, center, radius));
+    EXPECT_EQ(center, cv::Point2f(3, 4));
+    EXPECT_EQ(radius, 5.0);
+    EXPECT_FALSE(Calibration::CalScalePixToMmUseCircle(cv::Mat(50, 50, CV_8UC2), 8.0, 0.0, center, radius, scale));
+    EXPECT_THROW(Calibration::CalScalePixToMmUseCircle(light, 8.0, 0.0, center, radius, scale), cv::Exception);
+    EXPECT_THROW(Calibration::CalScalePixToMmUseCircle(cv::Mat(), 8.0, 0.0, center, radius, scale), cv::Exception);
+}
+
 TEST(GuideFailures, OfCalibrationFiles) {
     const std::string page = GuidePage("lens-and-boards");
     const ScratchFolder folder;
