@@ -194,6 +194,28 @@ cv::Mat Operators() {
     return Row({coffee, sketch, UtilityFunctions::fillHolesMorphologicalEnhanced(coffee, 12.0, 400, 9, 3)}, 200);
 }
 
+cv::Mat Contours() {
+    constexpr int factor = 4;
+    const std::vector<cv::Point2f> job{{45, 53}, {82, 53}, {82, 45}, {102, 61}, {82, 77}, {82, 69}, {45, 69}};
+    cv::Mat drawn(120 * factor, 150 * factor, CV_8UC3, cv::Scalar::all(245));
+    const auto closed = [&](const std::vector<cv::Point2f>& corners, const cv::Scalar& colour, int width) {
+        std::vector<cv::Point> scaled;
+        for (const cv::Point2f& corner : corners) scaled.emplace_back(corner * factor);
+        cv::polylines(drawn, scaled, true, colour, width, cv::LINE_AA);
+    };
+    const cv::RotatedRect box = UtilityFunctions::GetMinAreaRectAtAngle(job, 30.0F);
+    std::vector<cv::Point2f> corners;
+    for (int i = 0; i < 4; ++i) corners.push_back(UtilityFunctions::GetRotateRectConner(box, i));
+    cv::Point2f first;
+    cv::Point2f second;
+    float length = 0.0F;
+    UtilityFunctions::FindFarthestPairPointInContour(job, first, second, length);
+    closed(corners, regionColour, 2);
+    closed(job, gridColour, 3);
+    closed({first, second}, foundColour, 2);
+    return Row({drawn}, 300);
+}
+
 cv::Mat Change() {
     const cv::Mat before = LoadColourPicture("photographer.png");
     cv::Mat opened = before.clone();
@@ -267,6 +289,7 @@ int main(int argumentCount, char** arguments) {
                                                                       {"measuring.jpg", Measuring},
                                                                       {"image-operators.jpg", Operators},
                                                                       {"change.jpg", Change},
+                                                                      {"contours.jpg", Contours},
                                                                       {"two-cameras.jpg", TwoCameraViews},
                                                                       {"scale-and-cross.jpg", ScaleAndCross}};
     try {

@@ -1,5 +1,6 @@
 // join-cameras: the pictures of two cameras side by side as one.
 
+#include <algorithm>
 #include <iostream>
 #include <map>
 #include <vector>

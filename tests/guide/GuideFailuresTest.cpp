@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <functional>
 #include <memory>
 #include <opencv2/calib3d.hpp>
@@ -233,6 +234,34 @@ TEST(GuideFailures, OfMeasurements) {
     EXPECT_EQ(score, -1.0);
     EXPECT_EQ(center, cv::Point2f(3, 4));
     EXPECT_THAT(GuidePage("measuring"), HasSubstr("\"" + errors.Text().substr(0, errors.Text().find('\n')) + "\""));
+}
+
+TEST(GuideFailures, OfContours) {
+    using namespace Quorvane::UtilityFunctions;
+    cv::Point2f offset;
+    cv::Point2f center;
+    double angle = 7.0;
+    AlignPoints({{0, 0}, {1, 0}}, {{0, 0}}, offset, center, angle);
+    EXPECT_EQ(angle, 0.0);
+    AlignPoints({{0, 0}, {1, 0}}, {{0, 0}, {0, 1}}, offset, center, angle);
+    EXPECT_NEAR(angle, 90.0, 1e-4);
+    AlignPoints({{0, 0}, {1, 0}, {3, 1}}, {{0, 0}, {0, 1}, {-1, 3}}, offset, center, angle);
+    EXPECT_NEAR(angle, -90.0, 1e-4);
+    EXPECT_EQ(CalPerimeterOfContour({}), 0.0);
+    EXPECT_TRUE(std::isnan(CalculateAverageAngle({})));
+    cv::Point2f first(3, 4);
+    cv::Point2f second(5, 6);
+    float distance = 7.0F;
+    FindFarthestPairPointInContour({{1, 1}}, first, second, distance);
+    EXPECT_EQ(first, cv::Point2f(3, 4));
+    EXPECT_EQ(second, cv::Point2f(5, 6));
+    EXPECT_EQ(distance, 0.0F);
+    EXPECT_TRUE(CalculateExpansionHomography(cv::Mat::eye(2, 3, CV_64F), 2.0).empty());
+    EXPECT_TRUE(CutImageBasePoint(cv::Mat(), {5, 5}, 4, 4, false).empty());
+    EXPECT_THROW(CutImageBasePoint(plain, {2000, 5}, 4, 4, false), cv::Exception);
+    EXPECT_THROW(CutImageBasePoint(plain, {5, 5}, -4, 4, false), cv::Exception);
+    EXPECT_EQ(CutImageBasePoint(plain, {2, 2}, 40, 40, false).size(), cv::Size(40, 40));
+    EXPECT_EQ(CutImageBasePoint(plain, {310, 230}, 40, 40, false).size(), cv::Size(30, 30));
 }
 
 TEST(GuideFailures, OfImageOperators) {
