@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 #include <regex>
 #include <string>
@@ -14,8 +15,8 @@ namespace Quorvane::TestSupport {
 
 namespace fs = std::filesystem;
 using testing::Contains;
+using testing::ContainsRegex;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 namespace {
 
@@ -115,6 +116,21 @@ TEST(GuidePages, TheIndexNamesEveryProgram) {
     const std::string list = TextOf(SourceFolder() / "examples" / "programs" / "CMakeLists.txt");
     for (const std::string& name : AllMatches(list, R"(quorvane_program\(([a-z-]+) \w+\.cpp)")) {
         EXPECT_THAT(index, HasSubstr("`" + name + "`"));
+    }
+}
+
+TEST(GuidePages, TheGuideTellsOfEveryExportedName) {
+    // Symbols that hosts do not call by name: private members, and what the language itself calls.
+    const std::vector<std::string> notForHosts{"BuildPolynomialTerms", "CheckType", "calculateSlopeIntercept",
+                                               "normalizeGeneralForm"};
+    std::string guide;
+    for (const fs::path& page : FilesOf(SourceFolder() / "docs" / "guide", ".md")) guide += TextOf(page);
+    const std::string symbols = TextOf(SourceFolder() / "tests" / "install" / "exported-symbols.txt");
+    const std::vector<std::string> names = AllMatches(symbols, "::~?([A-Za-z]\\w*)\\(");
+    ASSERT_THAT(names, Contains("MeasureLine"));
+    for (const std::string& name : names) {
+        if (std::count(notForHosts.begin(), notForHosts.end(), name) > 0) continue;
+        EXPECT_THAT(guide, ContainsRegex("\\b" + name + "\\b")) << "no page of the guide tells of " << name;
     }
 }
 
