@@ -7,6 +7,9 @@
 
 #include "examples/programs/Program.h"
 
+// Below this nearly every place of every turn is kept, which takes long and much memory.
+constexpr double leastSimilarity = 0.2;
+
 int main(int argumentCount, char** arguments) {
     std::string picturePath;
     std::string drawnPath = "copies.png";
@@ -20,7 +23,7 @@ int main(int argumentCount, char** arguments) {
     app.add_option("-j,--job", job, "the corners of the job on that object")->required()->type_name("X,Y ...");
     app.add_option("-s,--similarity", similarity, "least similarity")
         ->capture_default_str()
-        ->check(CLI::Range(0.0, 1.0));
+        ->check(CLI::Range(leastSimilarity, 1.0));
     app.add_option("-o,--output", drawnPath, "the picture with the job on every copy")->capture_default_str();
 
     return Program::Run(app, argumentCount, arguments, [&] {
