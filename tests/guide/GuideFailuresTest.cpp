@@ -10,6 +10,7 @@
 #include <opencv2/calib3d.hpp>
 #include <opencv2/core.hpp>
 #include <opencv2/features2d.hpp>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -95,6 +96,8 @@ TEST(GuideFailures, OfFilling) {
     ExpectRow(page, RunOf("IntelligentFilling", plain, [](auto&) {}));
     ExpectRow(page, RunOf("IntelligentFilling", plain, job(1000.0, 1000.0)));
     ExpectRow(page, RunOf("IntelligentFilling", plain, job(160.0, 120.0)));
+    const auto noNumber = [](auto& filling) { filling.SetParameter("SimilarityMin", std::string("much")); };
+    EXPECT_THROW(RunOf("IntelligentFilling", plain, noNumber), std::invalid_argument);
 }
 
 TEST(GuideFailures, OfTheLens) {
