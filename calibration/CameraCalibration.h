@@ -43,8 +43,10 @@ QUORVANE_EXPORT bool SaveCameraParameters(const std::string& fileName, const cv:
 /// cannot be read : " and the file name where a node is missing; or the parser's text for a malformed document.
 QUORVANE_EXPORT bool LoadCameraParameters(const std::string& fileName, cv::Mat& K, cv::Mat& D, double& rms);
 
-/// The same for the single node `Homo`, a homography of any size and type.
+/// Writes the single node `Homo`, a homography of any size and type. Last error as for `SaveCameraParameters`.
 QUORVANE_EXPORT bool SaveHomography(const std::string& fileName, const cv::Mat& homography);
+
+/// Reads what `SaveHomography` wrote. On failure the output is not touched. Last error as for `LoadCameraParameters`.
 QUORVANE_EXPORT bool LoadHomography(const std::string& fileName, cv::Mat& homography);
 
 // ---------------------------------------------------------------------------------------------------------------------
