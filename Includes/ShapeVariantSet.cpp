@@ -17,7 +17,7 @@ cv::Point2f MiddleOf(const cv::Mat& image) {
 
 /// The values of a range of one value or of two.
 std::vector<float> ValuesOf(const std::vector<float>& range, float step, float eps) {
-    if (range.size() == 1) return range;
+    if (range.size() == 1) return {range.front()};
     std::vector<float> values;
     if (range.size() != 2) return values;
     // Added up in float on purpose: it decides how many values there are and what the angles of all hits are.
