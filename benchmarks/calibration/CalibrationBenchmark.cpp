@@ -277,7 +277,7 @@ void PointFloor(benchmark::State& state) {
     Calibrated(homography);
     for (auto _ : state) {
         const cv::Mat column = (cv::Mat_<double>(3, 1) << 100.0, 200.0, 1.0);
-        const cv::Mat mapped = homography * column;
+        cv::Mat mapped = homography * column;
         benchmark::DoNotOptimize(mapped.data);
     }
 }
@@ -294,7 +294,7 @@ void PointBackFloor(benchmark::State& state) {
     cv::Mat homography;
     Calibrated(homography);
     for (auto _ : state) {
-        const cv::Mat inverse = homography.inv(cv::DECOMP_LU);
+        cv::Mat inverse = homography.inv(cv::DECOMP_LU);
         benchmark::DoNotOptimize(inverse.data);
     }
 }
