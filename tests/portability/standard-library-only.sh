@@ -6,7 +6,7 @@ source "$(dirname "$0")/../support/checks.sh"
 source=$1 library=$2 nm=$3
 cd "$source"
 
-standard_headers='algorithm|array|bitset|cassert|cctype|cerrno|cfloat|chrono|climits|cmath|codecvt|cstddef|cstdint|cstdio|cstdlib|cstring|deque|exception|filesystem|fstream|functional|initializer_list|iomanip|ios|iosfwd|iostream|istream|iterator|limits|list|locale|map|memory|new|numeric|optional|ostream|queue|random|ratio|regex|set|sstream|stack|stdexcept|streambuf|string|string_view|tuple|type_traits|typeinfo|unordered_map|unordered_set|utility|valarray|variant|vector'
+standard_headers='algorithm|array|bitset|cassert|cctype|cerrno|cfloat|charconv|chrono|climits|cmath|codecvt|cstddef|cstdint|cstdio|cstdlib|cstring|deque|exception|filesystem|fstream|functional|initializer_list|iomanip|ios|iosfwd|iostream|istream|iterator|limits|list|locale|map|memory|new|numeric|optional|ostream|queue|random|ratio|regex|set|sstream|stack|stdexcept|streambuf|string|string_view|system_error|tuple|type_traits|typeinfo|unordered_map|unordered_set|utility|valarray|variant|vector'
 others=$(grep -HnE '^ *# *include *<' framework/*.{h,cpp} geometry/*.{h,cpp} Includes/*.{h,cpp} calibration/*.{h,cpp} algorithms/*.{h,cpp} *.h |
     grep -vE "<($standard_headers|opencv2/[a-z0-9_/]+\.(hpp|h))>" || true)
 [ -z "$others" ] || fail "headers beyond the standard library and OpenCV: $others"
