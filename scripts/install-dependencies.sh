@@ -4,7 +4,7 @@
 # already is left alone.
 #
 #   scripts/install-dependencies.sh                  installs what is missing, saying what it does
-#   scripts/install-dependencies.sh --tests          also what the tests of the debug windows need: a virtual screen
+#   scripts/install-dependencies.sh --tests          also what tests need: a virtual screen, packaging tools
 #   scripts/install-dependencies.sh --print-prefix   prints the prefix that CMake needs to find OpenCV
 #                                                    (an empty line where it needs none) and installs nothing
 #
@@ -200,7 +200,7 @@ case "${1:-}" in
 esac
 
 install_packages g++ cmake ninja-build libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev
-if [ "$with_virtual_screen" = yes ]; then install_packages libx11-dev libxtst-dev xvfb; fi
+if [ "$with_virtual_screen" = yes ]; then install_packages libx11-dev libxtst-dev xvfb dpkg-dev fakeroot file xz-utils; fi
 
 if [ -n "${OpenCV_DIR:-}" ] && ! cmake_finds_opencv ""; then
     fail "OpenCV_DIR names $OpenCV_DIR, which is not an OpenCV of at least $minimum_opencv with the modules $opencv_modules"
