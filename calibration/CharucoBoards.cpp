@@ -6,7 +6,6 @@
 #include "calibration/CameraCalibration.h"
 #include "calibration/LastError.h"
 #include "calibration/ShotQuality.h"
-#include "calibration/TruncateToInt.h"
 
 namespace Quorvane::CameraCalibration {
 

@@ -6,7 +6,6 @@
 #include "calibration/CameraCalibration.h"
 #include "calibration/ImageOrientation.h"
 #include "calibration/LastError.h"
-#include "calibration/TruncateToInt.h"
 
 namespace Quorvane::CameraCalibration {
 

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <limits>
 
-#include "calibration/TruncateToInt.h"
 
 namespace Quorvane::CameraCalibration {
 
