@@ -8,6 +8,8 @@
 
 namespace Quorvane::CameraCalibration {
 
+using UtilityFunctions::TruncateToInt;
+
 namespace {
 
 /// How far the window reaches from the centre to each side, in radii.
@@ -34,7 +36,6 @@ using Contour = std::vector<cv::Point>;
 
 /// Empty where the circle's surroundings do not meet the picture.
 cv::Rect WindowAround(double x, double y, double r, const cv::Size& picture) {
-    using UtilityFunctions::TruncateToInt;
     const int half = TruncateToInt(r * windowReach);
     const int left = std::max(TruncateToInt(x - half), 0);
     const int top = std::max(TruncateToInt(y - half), 0);

@@ -6,8 +6,11 @@
 #include "calibration/CameraCalibration.h"
 #include "calibration/ImageOrientation.h"
 #include "calibration/LastError.h"
+#include "geometry/Truncation.h"
 
 namespace Quorvane::CameraCalibration {
+
+using UtilityFunctions::TruncateToInt;
 
 namespace {
 

@@ -1,11 +1,13 @@
 #include "calibration/Homography.h"
+#include "geometry/Truncation.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-
 namespace Quorvane::CameraCalibration {
+
+using UtilityFunctions::TruncateToInt;
 
 namespace {
 

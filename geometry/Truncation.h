@@ -5,7 +5,8 @@
 namespace Quorvane::UtilityFunctions {
 
 /// Truncates toward zero. Values that no `int` holds, not-a-number among them, give the least `int`, as the
-/// conversion instruction of the desktop processors does; the language leaves that case undefined.
+/// conversion instruction of the desktop processors does; the language leaves that case undefined. As a size it is one
+/// that OpenCV refuses.
 inline int TruncateToInt(double value) {
     constexpr double lowest = std::numeric_limits<int>::min();
     constexpr double highest = std::numeric_limits<int>::max();

@@ -6,7 +6,6 @@
 #include <cmath>
 #include <limits>
 
-#include "calibration/TruncateToInt.h"
 #include "tests/support/Matchers.h"
 #include "tests/support/RandomInput.h"
 
@@ -84,17 +83,6 @@ TEST(FitToCanvas, SurvivesWhatHasNoBounds) {
 }
 
 TEST(Distance, IsEuclidean) { EXPECT_EQ(Distance({1.0f, 2.0f}, {4.0f, -2.0f}), 5.0); }
-
-TEST(TruncateToInt, TruncatesTowardZeroAndMapsTheRestToTheLeastInt) {
-    constexpr int least = std::numeric_limits<int>::min();
-    EXPECT_EQ(TruncateToInt(2.9f), 2);
-    EXPECT_EQ(TruncateToInt(-2.9f), -2);
-    EXPECT_EQ(TruncateToInt(-2147483648.0f), least);
-    EXPECT_EQ(TruncateToInt(2147483520.0f), 2147483520);
-    EXPECT_EQ(TruncateToInt(2147483648.0f), least);
-    EXPECT_EQ(TruncateToInt(std::numeric_limits<float>::infinity()), least);
-    EXPECT_EQ(TruncateToInt(std::numeric_limits<float>::quiet_NaN()), least);
-}
 
 }  // namespace
 }  // namespace Quorvane::CameraCalibration
