@@ -3,14 +3,12 @@
 #include <opencv2/objdetect/aruco_detector.hpp>
 #include <opencv2/objdetect/charuco_detector.hpp>
 
+#include "TruncateToInt.h"
 #include "calibration/CameraCalibration.h"
 #include "calibration/LastError.h"
 #include "calibration/ShotQuality.h"
-#include "geometry/Truncation.h"
 
 namespace Quorvane::CameraCalibration {
-
-using UtilityFunctions::TruncateToInt;
 
 namespace {
 
@@ -145,6 +143,8 @@ bool FindChArUcoBoard(cv::InputArray image, int squaresX, int squaresY, float sq
         markerDetector.detectMarkers(markerImage, markers.corners, markers.ids);
         if (static_cast<int>(markers.ids.size()) < LeastMarkerCount(squaresX, squaresY)) return takeAgain();
         if (refineMarkers) {
+            // Deliberately without candidates, so that no marker is added: hosts compare the ratings of shots with each
+            // other, and these hang on the markers used.
             std::vector<std::vector<cv::Point2f>> noCandidates;
             markerDetector.refineDetectedMarkers(markerImage, board, markers.corners, markers.ids, noCandidates);
         }

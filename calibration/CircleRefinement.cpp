@@ -3,12 +3,10 @@
 #include <algorithm>
 #include <opencv2/imgproc.hpp>
 
+#include "TruncateToInt.h"
 #include "geometry/CircleFit.h"
-#include "geometry/Truncation.h"
 
 namespace Quorvane::CameraCalibration {
-
-using UtilityFunctions::TruncateToInt;
 
 namespace {
 

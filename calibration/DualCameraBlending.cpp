@@ -3,14 +3,12 @@
 #include <opencv2/imgproc.hpp>
 #include <opencv2/photo.hpp>
 
+#include "TruncateToInt.h"
 #include "calibration/CameraCalibration.h"
 #include "calibration/ImageOrientation.h"
 #include "calibration/LastError.h"
-#include "geometry/Truncation.h"
 
 namespace Quorvane::CameraCalibration {
-
-using UtilityFunctions::TruncateToInt;
 
 namespace {
 

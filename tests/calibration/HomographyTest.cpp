@@ -21,7 +21,7 @@ cv::Mat RandomHomography(TestSupport::RandomInput& random) {
             random.Real(-1e-4, 1e-4), random.Real(0.9, 1.1));
 }
 
-TEST(Mapped, IsTheProductWithTheColumnDividedByItsThirdElement) {
+TEST(Mapped, IsOpenCVsProductWithTheColumnDividedByItsThirdElement) {
     TestSupport::RandomInput random(17);
     for (int i = 0; i < 500; ++i) {
         const cv::Mat homography = RandomHomography(random);
@@ -31,8 +31,8 @@ TEST(Mapped, IsTheProductWithTheColumnDividedByItsThirdElement) {
         const cv::Mat product = homography * column;
         const double* r = product.ptr<double>();
         const cv::Point2f mapped = Mapped(homography, point);
-        EXPECT_FLOAT_EQ(mapped.x, static_cast<float>(r[0] / r[2]));
-        EXPECT_FLOAT_EQ(mapped.y, static_cast<float>(r[1] / r[2]));
+        EXPECT_EQ(mapped.x, static_cast<float>(r[0] / r[2]));
+        EXPECT_EQ(mapped.y, static_cast<float>(r[1] / r[2]));
     }
 }
 
