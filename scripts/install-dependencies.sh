@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Makes everything available that building QuorvaneVision needs: a compiler, CMake, Ninja, GoogleTest, Google
-# Benchmark and an OpenCV of at least 4.9. Safe to run again at any time; what is there already is left alone.
+# Benchmark, CLI11 (for the example programs) and an OpenCV of at least 4.9. Safe to run again at any time; what is there
+# already is left alone.
 #
 #   scripts/install-dependencies.sh                  installs what is missing, saying what it does
 #   scripts/install-dependencies.sh --tests          also what the tests of the debug windows need: a virtual screen
@@ -198,7 +199,7 @@ case "${1:-}" in
     *) fail "unknown argument '$1' (there are --tests and --print-prefix)" ;;
 esac
 
-install_packages g++ cmake ninja-build libgtest-dev libgmock-dev libbenchmark-dev
+install_packages g++ cmake ninja-build libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev
 if [ "$with_virtual_screen" = yes ]; then install_packages libx11-dev libxtst-dev xvfb; fi
 
 if [ -n "${OpenCV_DIR:-}" ] && ! cmake_finds_opencv ""; then
