@@ -226,7 +226,8 @@ QUORVANE_EXPORT bool CreateMatchesImage(const cv::Mat& image1, const ImageDirFla
 /// result is not scaled and `seamX` is not written.
 ///
 /// Last error: "Could not open or find the images!" for an empty picture. The seam must lie at least 10 columns from
-/// the sides of picture 2; OpenCV refuses others.
+/// the sides of picture 2; OpenCV refuses others. Blending wants 5 rows of picture 2: OpenCV refuses 1 and 4, leaves 2
+/// unblended, and for 3 its `std::length_error` passes to the caller.
 QUORVANE_EXPORT bool DoBlendingImageForDualCam(const cv::Mat& image1, const ImageDirFlags& dir1, const cv::Mat& image2,
                                                const ImageDirFlags& dir2, const double& scaleX, const double& scaleY,
                                                const cv::Mat& homography, double& seamX, cv::Mat& blended);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <opencv2/imgproc.hpp>
 
+#include "geometry/GrayChannels.h"
+
 namespace Quorvane::UtilityFunctions {
 
 namespace {
@@ -16,8 +18,13 @@ void ConvertColour(const cv::Mat& image, cv::Mat& gray) {
 }  // namespace
 
 cv::Mat toGrayImage(cv::Mat image) {
+    if (image.empty() && image.channels() > 1) return image;
+    return toGrayImageStrictly(image);
+}
+
+cv::Mat toGrayImageStrictly(const cv::Mat& image) {
     if (image.channels() == 1) return image.clone();
-    if (!IsColour(image)) return image;
+    if (!CanBecomeGray(image)) return image;
     cv::Mat gray;
     ConvertColour(image, gray);
     return gray;

@@ -6,6 +6,7 @@
 #include <limits>
 #include <opencv2/imgproc.hpp>
 #include <opencv2/photo.hpp>
+#include <stdexcept>
 
 #include "calibration/CameraCalibration.h"
 #include "calibration/LastError.h"
@@ -281,6 +282,29 @@ TEST(DoBlendingImageForDualCam, PicturesOfAnotherTypeAreRefused) {
                 blending.ExpectRefusedByOpenCV();
             }
         }
+    }
+}
+
+TEST(DoBlendingImageForDualCam, APictureOfAFewRowsGetsWhatOpenCVMakesOfIt) {
+    const auto ofRows = [](int rows) {
+        Blending blending(Shifted(-80.0, 0.0));
+        blending.image2 = Texture({100, rows}, 5);
+        return blending;
+    };
+    for (const int refused : {1, 4}) {
+        Blending blending = ofRows(refused);
+        blending.ExpectRefusedByOpenCV();
+        EXPECT_EQ(blending.seamX, 100.0) << "the seam was written before";
+    }
+    // Not an exception of OpenCV's own, and so it passes to the host.
+    Blending three = ofRows(3);
+    EXPECT_THROW(three.Run(), std::length_error);
+    EXPECT_EQ(GetLastError(), untouched);
+    EXPECT_THAT(three.blended, EqualsMat(cv::Mat::ones(2, 2, CV_8U)));
+    for (const int rows : {2, 5, 6}) {
+        Blending blending = ofRows(rows);
+        EXPECT_TRUE(blending.Run()) << GetLastError();
+        EXPECT_EQ(blending.blended.size(), cv::Size(180, rows));
     }
 }
 
