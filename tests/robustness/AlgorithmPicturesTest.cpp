@@ -93,7 +93,10 @@ TEST(PictureMatrix, Algorithms) {
         {"FindMarkPoint, unknown type", [](const cv::Mat& p) { return TryMarks(p, "circle"); }, OtherMarksTold},
         {"IntelligentFilling, unequal lists", [](const cv::Mat& p) { return TryFilling(p, {1.0}); },
          [](const HostPicture&) { return "status 3"; }},
-        {"IntelligentFilling", [](const cv::Mat& p) { return TryFilling(p, {1.0, 2.0}); },
+        {"IntelligentFilling",
+         [](const cv::Mat& p) {
+             return TryFilling(p, {1.0, 2.0});
+         },
          [](const HostPicture& picture) -> std::string {
              if (picture.IsEmpty()) return "status 1";
              if (!IsColour(picture) || picture.depth != CV_8U) return "cv::Exception";

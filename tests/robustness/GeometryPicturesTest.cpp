@@ -22,9 +22,7 @@ bool IsMeasured(const HostPicture& picture) {
 }
 
 /// Colour pictures that cannot become gray are OpenCV's to refuse.
-bool IsRefused(const HostPicture& picture) {
-    return IsColour(picture) && !picture.IsEmpty() && !HasGrayForm(picture);
-}
+bool IsRefused(const HostPicture& picture) { return IsColour(picture) && !picture.IsEmpty() && !HasGrayForm(picture); }
 
 std::string MeasurementTold(const HostPicture& picture, const char* found, const char* notFound) {
     if (IsRefused(picture)) return "cv::Exception";
@@ -137,7 +135,8 @@ std::string CutTold(const HostPicture& picture, bool keepImageSize) {
 
 TEST(PictureMatrix, Measurements) {
     TryOnAllPictures({
-        {"MeasureLine", TryLine, [](const HostPicture& p) { return MeasurementTold(p, "the edge", "the default line"); }},
+        {"MeasureLine", TryLine,
+         [](const HostPicture& p) { return MeasurementTold(p, "the edge", "the default line"); }},
         {"MeasureCircle", TryCircle,
          [](const HostPicture& p) { return MeasurementTold(p, "a circle", "untouched outputs"); }},
         {"MeasureCurve", TryCurve, [](const HostPicture& p) { return MeasurementTold(p, "a curve", "no curve"); }},
@@ -164,11 +163,20 @@ TEST(PictureMatrix, Operators) {
         {"findDominantLABColorPointInContour, beyond", [&](const cv::Mat& p) { return TryDominantColour(p, beyond); },
          [](const HostPicture& p) { return p.IsEmpty() || HasLabForm(p) ? "nowhere" : "cv::Exception"; }},
         {"ThresholdAndFindAllRegionCenter", TryRegions, RegionsTold},
-        {"CutImageBasePoint", [](const cv::Mat& p) { return TryCut(p, {5.0f, 5.0f}, 4, false); },
+        {"CutImageBasePoint",
+         [](const cv::Mat& p) {
+             return TryCut(p, {5.0f, 5.0f}, 4, false);
+         },
          [](const HostPicture& p) { return CutTold(p, false); }},
-        {"CutImageBasePoint, size kept", [](const cv::Mat& p) { return TryCut(p, {5.0f, 5.0f}, 4, true); },
+        {"CutImageBasePoint, size kept",
+         [](const cv::Mat& p) {
+             return TryCut(p, {5.0f, 5.0f}, 4, true);
+         },
          [](const HostPicture& p) { return CutTold(p, true); }},
-        {"CutImageBasePoint, one pixel", [](const cv::Mat& p) { return TryCut(p, {0.5f, 0.5f}, 1, false); },
+        {"CutImageBasePoint, one pixel",
+         [](const cv::Mat& p) {
+             return TryCut(p, {0.5f, 0.5f}, 1, false);
+         },
          [](const HostPicture& p) -> std::string {
              if (p.IsEmpty()) return "an empty result";
              return "a crop";
@@ -187,9 +195,10 @@ TEST(PictureMatrix, Operators) {
 TEST(PictureMatrix, Comparisons) {
     const cv::Mat other(23, 31, CV_8UC1, cv::Scalar(200));
     TryOnAllPictures({
-        {"IsMatChanged_GrayDiff, to itself", [](const cv::Mat& p) { return Changed(IsMatChanged_GrayDiff(p, p.clone())); },
-         GrayDifferenceToItselfTold},
-        {"IsMatChanged_GrayDiff, to another", [&](const cv::Mat& p) { return Changed(IsMatChanged_GrayDiff(p, other)); },
+        {"IsMatChanged_GrayDiff, to itself",
+         [](const cv::Mat& p) { return Changed(IsMatChanged_GrayDiff(p, p.clone())); }, GrayDifferenceToItselfTold},
+        {"IsMatChanged_GrayDiff, to another",
+         [&](const cv::Mat& p) { return Changed(IsMatChanged_GrayDiff(p, other)); },
          [](const HostPicture& p) {
              const bool fits = p.HasStep() && p.depth == CV_8U && (p.channels == 1 || IsColour(p));
              // OpenCV takes a double, or four in a column, for the value of all pixels.

@@ -80,9 +80,9 @@ bool IsFloat(int depth) { return depth == CV_16F || depth == CV_32F || depth == 
 }  // namespace
 
 std::string HostPicture::Name() const {
-    static const char* const names[] = {"empty",    "1 x 1",          "17 x 1",  "1 x 17",
-                                        "31 x 23",  "part of larger", "long row", "long column",
-                                        "3 x 3",    "1 x 4",          "4 x 5 x 6", "with not-a-numbers"};
+    static const char* const names[] = {"empty",   "1 x 1",          "17 x 1",    "1 x 17",
+                                        "31 x 23", "part of larger", "long row",  "long column",
+                                        "3 x 3",   "1 x 4",          "4 x 5 x 6", "with not-a-numbers"};
     return std::string(names[static_cast<int>(shape)]) + " of " + cv::typeToString(CV_MAKETYPE(depth, channels));
 }
 

@@ -12,6 +12,7 @@ namespace Quorvane::Robustness {
 void TryOnAllPictures(const std::vector<PictureOperation>& operations) {
     for (const PictureOperation& operation : operations) {
         for (const HostPicture& host : HostPictures()) {
+            if (!operation.triedOn(host)) continue;
             const cv::Mat before = host.memory.clone();
             std::string outcome;
             {

@@ -17,6 +17,8 @@ struct PictureOperation {
     std::function<std::string(const HostPicture&)> told;
     /// Whether the picture may be written to.
     std::function<bool(const HostPicture&)> writesToInput = [](const HostPicture&) { return false; };
+    /// Pictures that it is tried on.
+    std::function<bool(const HostPicture&)> triedOn = [](const HostPicture&) { return true; };
 };
 
 /// Tries every operation on every picture, quietly: the outcome is the told one, and neither the picture nor the memory
