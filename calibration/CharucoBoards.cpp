@@ -63,6 +63,7 @@ cv::aruco::CharucoBoard BoardOf(int squaresX, int squaresY, float squareLength, 
 /// A one-channel picture is overwritten with the result: the working image shares its elements. Hosts know this and
 /// show the thresholded picture to the operator, so it is kept.
 cv::Mat MarkerImage(cv::InputArray image) {
+    CV_Assert(image.dims() <= 2);
     cv::Mat working;
     if (image.channels() == 3) {
         cv::cvtColor(image, working, cv::COLOR_BGR2GRAY);

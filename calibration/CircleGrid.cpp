@@ -41,6 +41,7 @@ std::vector<cv::Point3f> GenerateActualPositions(int columns, int rows, float pi
 }
 
 bool ToBoardGray(const cv::Mat& image, cv::Mat& gray) {
+    CV_Assert(image.dims <= 2);
     switch (image.channels()) {
         case 1: gray = image.clone(); return true;
         case 3: cv::cvtColor(image, gray, cv::COLOR_BGR2GRAY); return true;

@@ -24,7 +24,6 @@ bool FindCircles(const cv::Mat& picture, cv::Size pattern, std::vector<cv::Point
 
 /// Pictures are counted from 1, by their place in the host's list.
 Views CollectViews(const std::vector<cv::Mat>& images, cv::Size pattern) {
-    const std::vector<cv::Point3f> uprightGrid = GenerateActualPositions(pattern.width, pattern.height, unitPitch);
     Views views;
     for (std::size_t i = 0; i < images.size(); ++i) {
         cv::Mat gray;
@@ -45,8 +44,7 @@ Views CollectViews(const std::vector<cv::Mat>& images, cv::Size pattern) {
         // The centres are refined in the gray picture, also where the evened one has shown them.
         RefineCenters(gray, centers);
         views.imagePoints.push_back(centers);
-        views.objectPoints.push_back(found == pattern ? uprightGrid
-                                                      : GenerateActualPositions(found.width, found.height, unitPitch));
+        views.objectPoints.push_back(GenerateActualPositions(found.width, found.height, unitPitch));
     }
     return views;
 }
