@@ -19,10 +19,10 @@ public:
 
     template <typename Value>
     Value Bits() {
-        std::uint8_t bytes[sizeof(Value)];
-        for (std::uint8_t& byte : bytes) byte = Byte();
-        Value value;
-        std::memcpy(&value, bytes, sizeof(Value));
+        Value value{};
+        const std::size_t count = std::min(sizeof(Value), size_ - next_);
+        if (count > 0) std::memcpy(&value, data_ + next_, count);
+        next_ += count;
         return value;
     }
 
