@@ -124,4 +124,139 @@ QUORVANE_EXPORT cv::Mat GenerateChArUcoBoard(const std::string& fileName, const 
                                              cv::aruco::Dictionary& dictionary, cv::aruco::CharucoBoard& board,
                                              int dpi);
 
+// ---------------------------------------------------------------------------------------------------------------------
+// Two cameras joined into one picture
+//
+//     const ImageDirFlags left(0, false, false), right(-1, false, true);
+//     std::vector<cv::Point2f> points1, points2;
+//     cv::Mat homography, joined;
+//     double meanError = 0.0, seamX = 0.0;
+//     if (CalibrationMatchPointsForDualCam(image1, left, roi1, image2, right, roi2, 0.7, 3.0, 0.3, points1, points2) &&
+//         CreateHomography(points1, points2, homography, meanError, 3.0, 2000, 0.995)) {
+//         DoBlendingImageForDualCam(image1, left, image2, right, 1.0, 1.0, homography, seamX, joined);
+//     }
+//
+// All points are pixels of the oriented pictures. The random draws within OpenCV, of the hash tables and the
+// clustering, come from its generator of this thread: `cv::setRNGSeed` makes a call repeatable.
+// ---------------------------------------------------------------------------------------------------------------------
+
+/// How a camera's picture must be turned to stand upright: first the rotation, then the vertical flip, then the
+/// horizontal one. Pictures that are handed in are never turned in place.
+struct QUORVANE_EXPORT ImageDirFlags {
+    /// `cv::ROTATE_90_CLOCKWISE` (0), `cv::ROTATE_180` (1) or `cv::ROTATE_90_COUNTERCLOCKWISE` (2); any other value is
+    /// no rotation.
+    signed int rotateCode : 3;
+    unsigned int flipHorizontal : 1;  ///< Mirrors left to right.
+    unsigned int flipVertical : 1;    ///< Mirrors top to bottom.
+    unsigned int reservedBits : 27;   ///< Never read and never set, not even by the constructor; assignments copy it.
+
+    /// `rotate` is taken modulo 8 into -4 to 3, so that 4 becomes -4 and 8 becomes 0.
+    ImageDirFlags(int rotate, bool horizontal, bool vertical);
+    ImageDirFlags(const ImageDirFlags& other) = default;
+    ImageDirFlags& operator=(const ImageDirFlags& other);
+    ImageDirFlags& operator=(ImageDirFlags&& other) noexcept;
+};
+
+/// Finds pairs of points that show the same thing in the pictures of two cameras (blue-green-red, or with a fourth
+/// channel; gray pictures are refused with a text of OpenCV). `points1[i]` and `points2[i]` are a pair.
+///
+/// `roi1` and `roi2` are where the oriented pictures overlap. A rectangle is clipped at the picture's right and lower
+/// border; if its corner lies left of or above the picture, the corner moves to the border and the size stays. One that
+/// begins behind the last column or row is refused with a text of OpenCV.
+///
+/// AKAZE features inside the rectangles are matched with a ratio test: the distance of the best match must be less than
+/// `ratioThreshold` (below 1.0) times that of the second. Of these matches those stay whose displacement d, point of
+/// picture 2 minus point of picture 1, fits the mean over all of them: |d.y| at most `yDeviationFactor` times the mean
+/// |d.y|, and |d| within the fraction `lengthTolerance` of the mean |d| (above 1.0: no lower bound). The displacements
+/// that are left are parted into two clusters, and the larger one is the result. So the method wants cameras that are
+/// shifted against each other much more than they are turned.
+///
+/// `true` also when no pair was found: look at the lists. Last error: "Could not open or find the images!" for an empty
+/// picture; a text of OpenCV where picture 1 shows no feature at all. Whatever fails leaves the lists empty.
+QUORVANE_EXPORT bool CalibrationMatchPointsForDualCam(const cv::Mat& image1, const ImageDirFlags& dir1,
+                                                      const cv::Rect& roi1, const cv::Mat& image2,
+                                                      const ImageDirFlags& dir2, const cv::Rect& roi2,
+                                                      const double& ratioThreshold, const double& yDeviationFactor,
+                                                      const double& lengthTolerance, std::vector<cv::Point2f>& points1,
+                                                      std::vector<cv::Point2f>& points2);
+
+/// Fits the homography (3x3, `CV_64F`) that maps `points1` to `points2`, by RANSAC. Pairs that are more than
+/// `ransacThreshold` pixels of picture 2 off are left out; `meanError` is the mean distance in these pixels of the
+/// pairs that were used, 0.0 if there is none.
+///
+/// Fewer than 4 pairs, or lists of different length, give `false` without a text. Every failure leaves `meanError` at
+/// -1.0.
+QUORVANE_EXPORT bool CreateHomography(const std::vector<cv::Point2f>& points1, const std::vector<cv::Point2f>& points2,
+                                      cv::Mat& homography, double& meanError, const double& ransacThreshold,
+                                      const int& maxIterations, const double& confidence);
+
+/// Where a homography puts a point. A matrix that is not 3x3 gives `false` without a text; a failure leaves
+/// `transformed` as it was.
+QUORVANE_EXPORT bool TransformPoint(const cv::Mat& homography, const cv::Point2f& point, cv::Point2f& transformed);
+
+/// Draws the two oriented pictures (8-bit of 1, 3 or 4 channels) side by side with a line for each pair, in colours
+/// that are the same on every call. Only a thin line under each, which shows at its ends as a circle, takes a random
+/// colour from OpenCV's generator.
+///
+/// Lists of different length give `false` without a text. Last error: "Could not open or find the images!" for an empty
+/// picture.
+QUORVANE_EXPORT bool CreateMatchesImage(const cv::Mat& image1, const ImageDirFlags& dir1, const cv::Mat& image2,
+                                        const ImageDirFlags& dir2, const std::vector<cv::Point2f>& points1,
+                                        const std::vector<cv::Point2f>& points2, cv::Mat& matchesImage);
+
+/// Joins the pictures of two cameras: picture 1 warped into the frame of picture 2 by `homography` (3x3, `CV_64F`),
+/// left of a seam, and picture 2 right of it. Picture 1 is the one that reaches out to the left; the seam stands in the
+/// middle between column 0 of picture 2 and the right end of picture 1, and 20 columns about it are blended so that the
+/// light changes smoothly. The frame is widened to the left and to the top, not to the right and to the bottom.
+///
+/// Both pictures are 8-bit with 3 channels; others are refused with a text of OpenCV. `scaleX` and `scaleY` scale the
+/// result. `seamX` is the seam's column in the joined picture before this scaling.
+///
+/// Where picture 1 reaches 10 pixels or less into picture 2, picture 2 is laid over it without blending. Then the
+/// result is not scaled and `seamX` is not written.
+///
+/// Last error: "Could not open or find the images!" for an empty picture. The seam must lie at least 10 columns from
+/// the sides of picture 2; OpenCV refuses others.
+QUORVANE_EXPORT bool DoBlendingImageForDualCam(const cv::Mat& image1, const ImageDirFlags& dir1, const cv::Mat& image2,
+                                               const ImageDirFlags& dir2, const double& scaleX, const double& scaleY,
+                                               const cv::Mat& homography, double& seamX, cv::Mat& blended);
+
+// ---------------------------------------------------------------------------------------------------------------------
+// Scale and cross. These two leave the last error alone and have no handler: a `cv::Exception` passes to the caller. A
+// picture is 8-bit with 1, 3 (blue, green, red) or 4 channels; OpenCV refuses other depths, an empty picture and one
+// without any contrast.
+// ---------------------------------------------------------------------------------------------------------------------
+
+/// Takes the scale of a picture from a circle of known size: of the circles found with more than 20 pixels radius, the
+/// one nearest the picture's middle, whatever its size. Of circles nearer to each other than three quarters of the
+/// picture's longer side only the most distinct one is found at all.
+///
+///     cv::Point2f center;
+///     double radius = 0.0, pixelsPerMillimetre = 0.0;
+///     if (CalScalePixToMmUseCircle(picture, 8.0, 0.0, center, radius, pixelsPerMillimetre)) { ... }
+///
+/// `realRadius` is the circle's true radius in millimetres; `notRead` is accepted and never looked at. `center` and
+/// `radius` are in pixels, `scale` is `radius / realRadius`, that is pixels per millimetre. Nothing checks
+/// `realRadius`: 0 gives an infinite scale.
+///
+/// Returns `false` and the `scale` -1.0 for any other count of channels and for a picture without such a circle;
+/// `center` and `radius` are then untouched.
+///
+/// The circle is to be dark on a light ground, with nothing larger, round and dark within 2.5 radii around it. It is
+/// measured to its outermost dark pixels, which makes `radius` nearly half a pixel small. A light circle is found but
+/// not measured: what comes back is its dark surroundings, with a radius up to 3.5 times too large.
+QUORVANE_EXPORT bool CalScalePixToMmUseCircle(const cv::Mat& image, const double& realRadius, const double& notRead,
+                                              cv::Point2f& center, double& radius, double& scale);
+
+/// Finds where the bars of a dark cross meet, to a fraction of a pixel, inside a dark ring on a light ground. The ring
+/// is the circle that `CalScalePixToMmUseCircle` finds. Each bar is then measured from both of its sides, in the square
+/// around the ring's inside, and the centre is that of the quadrilateral between the four edges. So the bars lie along
+/// the picture's rows and columns, give or take some degrees, cross most of the inside, and are at least 40 gray
+/// levels darker than the ground; and the ring is wide enough to hold the square's corners (two fifths of its inner
+/// radius), since behind a thinner one they meet the wrong edge.
+///
+/// `center` and `radius` are in pixels; `radius` is that of the ring's outside. Returns `false` without a circle, both
+/// untouched, and where the four edges have no centre: then `radius` is set and `center` is the circle's.
+QUORVANE_EXPORT bool FindCircleCross(const cv::Mat& image, cv::Point2f& center, double& radius);
+
 }  // namespace Quorvane::CameraCalibration

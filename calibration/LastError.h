@@ -19,6 +19,9 @@ std::string ReshootText(const std::string& function);
 /// And the rating that they give it; no picture is ever rated so.
 constexpr double noQuality = -1.0;
 
+/// What the functions for two cameras say where one of the pictures is empty.
+constexpr const char* missingImagesText = "Could not open or find the images!";
+
 /// Runs the body of a function. A `cv::Exception` becomes the last error, "[" and the function's full name and "]" and
 /// the exception's text, and `fail()` gives the result. Any other exception passes through.
 template <typename Body, typename Fail>

@@ -12,4 +12,9 @@ inline int TruncateToInt(float value) {
     return value >= -beyond && value < beyond ? static_cast<int>(value) : std::numeric_limits<int>::min();
 }
 
+inline int TruncateToInt(double value) {
+    constexpr double beyond = 2147483648.0;
+    return value > -beyond - 1.0 && value < beyond ? static_cast<int>(value) : std::numeric_limits<int>::min();
+}
+
 }  // namespace Quorvane::CameraCalibration

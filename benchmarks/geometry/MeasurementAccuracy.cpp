@@ -14,6 +14,7 @@
 
 #include "geometry/EdgeCaliper.h"
 #include "geometry/UtilityFunctions.h"
+#include "tests/support/Errors.h"
 #include "tests/support/Scene.h"
 
 namespace {
@@ -22,6 +23,7 @@ using Quorvane::Curve;
 using Quorvane::EdgePolarity;
 using Quorvane::Line;
 using Quorvane::SearchDirection;
+using Quorvane::TestSupport::Errors;
 using Quorvane::TestSupport::Scene;
 using Quorvane::UtilityFunctions::MeasureCircle;
 using Quorvane::UtilityFunctions::MeasureCurve;
@@ -35,39 +37,6 @@ constexpr double threshold = 30.0;
 constexpr std::array<double, 4> noiseLevels{0.0, 2.0, 5.0, 10.0};
 constexpr int phases = 16;
 constexpr int angles = 12;
-
-/// Collects errors in pixels.
-class Errors {
-public:
-    void Add(double error) { values_.push_back(error); }
-    void Add(const Errors& others) { values_.insert(values_.end(), others.values_.begin(), others.values_.end()); }
-
-    double Mean() const {
-        double sum = 0.0;
-        for (const double value : values_) sum += value;
-        return sum / static_cast<double>(values_.size());
-    }
-    double Worst() const {
-        double worst = 0.0;
-        for (const double value : values_) worst = std::max(worst, std::abs(value));
-        return worst;
-    }
-    double Scatter() const {
-        const double mean = Mean();
-        double sum = 0.0;
-        for (const double value : values_) sum += (value - mean) * (value - mean);
-        return std::sqrt(sum / static_cast<double>(values_.size()));
-    }
-    std::string Columns() const {
-        if (values_.empty()) return " none | none | none |";
-        char text[96];
-        std::snprintf(text, sizeof text, " %+.3f | %.3f | %.3f |", Mean(), Worst(), Scatter());
-        return text;
-    }
-
-private:
-    std::vector<double> values_;
-};
 
 std::uint32_t NextSeed() {
     static std::uint32_t seed = 0;

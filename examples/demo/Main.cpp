@@ -29,6 +29,8 @@ int main(int argumentCount, char** arguments) {
         {"camera lens", Demo::CameraLensSection},
         {"calibration boards", Demo::CameraBoardsSection},
         {"camera and machine", Demo::CameraMapSection},
+        {"two cameras joined", Demo::TwoCamerasSection},
+        {"scale and cross", Demo::ScaleAndCrossSection},
     };
     try {
         Demo::Report report(arguments[1]);

@@ -3,11 +3,11 @@
 
 #include <cmath>
 #include <opencv2/core.hpp>
-#include <opencv2/imgproc.hpp>
 #include <string>
 #include <vector>
 
 #include "examples/demo/AlgorithmRun.h"
+#include "examples/demo/Drawing.h"
 #include "examples/demo/Sections.h"
 #include "tests/support/Pictures.h"
 #include "tests/support/Scene.h"
@@ -22,63 +22,7 @@ using Quorvane::Line;
 using Quorvane::SearchDirection;
 namespace Measure = Quorvane::UtilityFunctions;
 
-// Blue, green, red.
-const cv::Scalar caliperColour(200, 160, 0);
-const cv::Scalar fitColour(0, 255, 0);
-const cv::Scalar pointColour(0, 0, 255);
-
 constexpr double sigma = 1.0;
-
-/// A part of a picture, enlarged so that fractions of a pixel show, to draw on in the picture's coordinates.
-class Drawing {
-public:
-    Drawing(const cv::Mat& picture, const cv::Rect& part, int factor)
-        : image_(Magnified(picture, part, factor)), corner_(part.tl()), factor_(factor) {
-        if (image_.channels() == 1) cv::cvtColor(image_, image_, cv::COLOR_GRAY2BGR);
-    }
-
-    void Arrow(const cv::Point2d& from, const cv::Point2d& to) {
-        constexpr double tipLength = 6.0;
-        const double length = cv::norm(At(to) - At(from));
-        cv::arrowedLine(image_, At(from), At(to), caliperColour, 1, cv::LINE_AA, 0, tipLength / length);
-    }
-    void Rectangle(const cv::Point2d& center, const cv::Point2d& half) {
-        cv::rectangle(image_, At(center - half), At(center + half), caliperColour, 1, cv::LINE_AA);
-    }
-    void Points(const std::vector<cv::Point2f>& points) {
-        for (const cv::Point2f& p : points) cv::circle(image_, At(p), 2, pointColour, cv::FILLED, cv::LINE_AA);
-    }
-    void Cross(const cv::Point2d& p) {
-        cv::drawMarker(image_, At(p), pointColour, cv::MARKER_CROSS, 14, 1, cv::LINE_AA);
-    }
-    void Fit(const Line& line, float reach) {
-        cv::Point2f from;
-        cv::Point2f to;
-        line.getEndPoints(from, to, reach);
-        cv::line(image_, At(from), At(to), fitColour, 1, cv::LINE_AA);
-    }
-    void Fit(const cv::Point2d& center, double radius) {
-        cv::circle(image_, At(center), cvRound(radius * factor_), fitColour, 1, cv::LINE_AA);
-    }
-    void Fit(const std::vector<cv::Point2f>& curve) {
-        std::vector<cv::Point> polyline;
-        for (const cv::Point2f& p : curve) polyline.push_back(At(p));
-        cv::polylines(image_, polyline, false, fitColour, 1, cv::LINE_AA);
-    }
-
-    const cv::Mat& Image() const { return image_; }
-
-private:
-    /// The centre of a pixel lies in the middle of its enlarged square.
-    cv::Point At(const cv::Point2d& p) const {
-        const cv::Point2d q = (p - cv::Point2d(corner_)) * factor_ + cv::Point2d(1.0, 1.0) * ((factor_ - 1) / 2.0);
-        return {cvRound(q.x), cvRound(q.y)};
-    }
-
-    cv::Mat image_;
-    cv::Point corner_;
-    int factor_;
-};
 
 /// An axis-parallel search rectangle and how it is scanned.
 struct Region {

@@ -15,5 +15,7 @@ void MeasurementsSection(Report& report);
 void CameraLensSection(Report& report);
 void CameraBoardsSection(Report& report);
 void CameraMapSection(Report& report);
+void TwoCamerasSection(Report& report);
+void ScaleAndCrossSection(Report& report);
 
 }  // namespace Demo

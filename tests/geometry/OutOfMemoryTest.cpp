@@ -31,18 +31,19 @@ public:
 
 }  // namespace
 
-void* operator new(std::size_t size) {
+// None of these is inlined: a compiler that sees only the free() of a pair warns of memory that new made.
+[[gnu::noinline]] void* operator new(std::size_t size) {
     void* const memory = size <= mostBytes ? std::malloc(size > 0 ? size : 1) : nullptr;
     if (memory == nullptr) throw std::bad_alloc();
     return memory;
 }
 
-void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
     return size <= mostBytes ? std::malloc(size > 0 ? size : 1) : nullptr;
 }
 
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
 
 namespace Quorvane {
 
