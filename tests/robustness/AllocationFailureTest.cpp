@@ -42,15 +42,23 @@ void Free(void* memory) noexcept {
 
 }  // namespace
 
-void* operator new(std::size_t size) {
+#if defined(__SANITIZE_ADDRESS__)
+// OpenCV takes the memory of a picture's pixels first, and loses it where that of its description is refused.
+extern "C" const char* __lsan_default_suppressions() { return "leak:cv::fastMalloc\n"; }
+#endif
+
+// None of these is to be inlined: tools that watch allocations would see one half of a pair.
+[[gnu::noinline]] void* operator new(std::size_t size) {
     void* const memory = Allocate(size);
     if (memory == nullptr) throw std::bad_alloc();
     return memory;
 }
 
-void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept { return Allocate(size); }
-void operator delete(void* memory) noexcept { Free(memory); }
-void operator delete(void* memory, std::size_t /*size*/) noexcept { Free(memory); }
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
+    return Allocate(size);
+}
+[[gnu::noinline]] void operator delete(void* memory) noexcept { Free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, std::size_t /*size*/) noexcept { Free(memory); }
 
 namespace Quorvane::Robustness {
 namespace {
