@@ -5,9 +5,11 @@
 #include <opencv2/core/utils/logger.hpp>
 #include <opencv2/imgproc.hpp>
 
+#include "QuorvaneExport.h"
+
 #if defined(__SANITIZE_ADDRESS__)
 // Memory beyond all measure is refused, as it is without the sanitizer. Clang's build takes this from scripts/fuzz.sh.
-extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }
+extern "C" QUORVANE_EXPORT const char* __asan_default_options() { return "allocator_may_return_null=1"; }
 #endif
 
 namespace Quorvane::Fuzz {

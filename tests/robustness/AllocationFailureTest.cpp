@@ -10,6 +10,7 @@
 #include <new>
 #include <opencv2/core.hpp>
 
+#include "QuorvaneExport.h"
 #include "calibration/CameraCalibrator.h"
 #include "framework/AlgorithmFactory.h"
 #include "framework/AlgorithmParameters.h"
@@ -44,7 +45,7 @@ void Free(void* memory) noexcept {
 
 #if defined(__SANITIZE_ADDRESS__)
 // OpenCV takes the memory of a picture's pixels first, and loses it where that of its description is refused.
-extern "C" const char* __lsan_default_suppressions() { return "leak:cv::fastMalloc\n"; }
+extern "C" QUORVANE_EXPORT const char* __lsan_default_suppressions() { return "leak:cv::fastMalloc\n"; }
 #endif
 
 // None of these is to be inlined: tools that watch allocations would see one half of a pair.

@@ -4,12 +4,13 @@
 #include <iostream>
 #include <limits>
 
+#include "QuorvaneExport.h"
 #include "tests/robustness/OutcomeTable.h"
 #include "tests/support/CapturedStream.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 // Memory beyond all measure is refused, as it is without the sanitizer.
-extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }
+extern "C" QUORVANE_EXPORT const char* __asan_default_options() { return "allocator_may_return_null=1"; }
 #endif
 
 namespace Quorvane::Robustness {

@@ -19,7 +19,7 @@
 #include "tests/support/Tray.h"
 
 // The sanitizers bring allocators of their own, which keep what was given back for a while and count nothing here.
-// They look for leaks themselves.
+// They look for leaks themselves, and fewer runs show them.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define QUORVANE_OTHER_ALLOCATOR
 #endif
@@ -27,7 +27,11 @@
 namespace Quorvane::Robustness {
 namespace {
 
+#if defined(QUORVANE_OTHER_ALLOCATOR)
+constexpr int runs = 50;
+#else
 constexpr int runs = 1000;
+#endif
 /// The first runs fill what OpenCV and the standard library keep for good.
 constexpr int firstRuns = 20;
 /// Well below one byte a run.
