@@ -128,6 +128,44 @@ void Warp(FuzzInput& input, const cv::Mat& picture) {
     calibrator.WarpPerspectiveImage(picture, input.Integer(-3, 6));
 }
 
+ImageDirFlags AnyDirection(FuzzInput& input) {
+    const int bits = input.Byte();
+    return {bits % 8 - 2, bits / 8 % 2 == 0, bits / 16 % 2 == 0};
+}
+
+void JoinCameras(FuzzInput& input, const cv::Mat& picture) {
+    const ImageDirFlags first = AnyDirection(input);
+    const ImageDirFlags second = AnyDirection(input);
+    std::vector<cv::Point2f> points1 = input.Points(5);
+    std::vector<cv::Point2f> points2 = input.Points(5);
+    cv::Mat joined;
+    cv::Point2f center;
+    double number = 0.0;
+    switch (input.Byte() % 4) {
+        case 0: {
+            const cv::Rect roi(input.Integer(-9, 60), input.Integer(-9, 60), input.Integer(-9, 99),
+                               input.Integer(-9, 99));
+            CalibrationMatchPointsForDualCam(picture, first, roi, input.Picture(longestSide, CV_8UC3), second, roi,
+                                             input.Number(), input.Number(), input.Number(), points1, points2);
+            break;
+        }
+        case 1: CreateMatchesImage(picture, first, picture, second, points1, points2, joined); break;
+        case 2: {
+            cv::Mat homography = cv::Mat::eye(3, 3, CV_64F);
+            homography.at<double>(0, 2) = input.Integer(-90, 90);
+            homography.at<double>(1, 2) = input.Integer(-90, 90);
+            if (input.Byte() % 8 == 0) homography.at<double>(input.Byte() % 3, input.Byte() % 3) = input.Size();
+            DoBlendingImageForDualCam(picture, first, input.Picture(longestSide, picture.type()), second,
+                                      input.Integer(-1, 8) / 4.0, input.Integer(-1, 8) / 4.0, homography, number,
+                                      joined);
+            break;
+        }
+        default:
+            Try([&] { CalScalePixToMmUseCircle(picture, input.Number(), 0.0, center, number, number); });
+            FindCircleCross(picture, center, number);
+    }
+}
+
 }  // namespace
 }  // namespace Quorvane::Fuzz
 
@@ -136,7 +174,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const bool prepared = (PrepareProcess(), true);
     static_cast<void>(prepared);
     FuzzInput input(data, size);
-    const int choice = input.Byte() % 8;
+    const int choice = input.Byte() % 9;
     const cv::Mat picture = input.Picture(longestSide);
     // The marker search overwrites gray pictures, and that is told.
     const bool mayChange = choice == 3;
@@ -149,6 +187,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             case 3: LookForBoards(input, picture); break;
             case 4: Straighten(input, picture); break;
             case 5: Warp(input, picture); break;
+            case 8: JoinCameras(input, picture); break;
             default: Operate(input, picture);
         }
     });

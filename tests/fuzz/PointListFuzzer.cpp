@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "calibration/CameraCalibration.h"
 #include "calibration/CameraCalibrator.h"
 #include "geometry/UtilityFunctions.h"
 #include "tests/fuzz/FuzzInput.h"
@@ -77,6 +78,11 @@ void Calibrator(FuzzInput& input) {
     Try([&] { calibrator.ImageToMachine_Distance(input.Number(), input.Point(), mode); });
     Try([&] { calibrator.MachineToImage_Distance(input.Number(), input.Point(), mode); });
     Try([&] { calibrator.WarpPerspectivePoint(input.Point(), input.Bits<int>()); });
+    cv::Mat homography;
+    cv::Point2f mapped;
+    CameraCalibration::CreateHomography(image, machine, homography, error, input.Number(), input.Integer(-2, 500),
+                                        input.Number());
+    CameraCalibration::TransformPoint(homography, input.Point(), mapped);
     calibrator.GenerateCailbratePointGrid(input.Number(), input.Number(), input.Integer(-3, 40));
 }
 
