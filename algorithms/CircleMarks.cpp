@@ -76,7 +76,8 @@ void SharpenIfSmall(cv::Mat& gray, double radius) {
 /// Whether the disc of an opening holds the whole image wherever in the image its middle lies.
 bool HoldsAll(int side, const cv::Mat& image) {
     constexpr double rounding = 2.0;  // pixels
-    return side / 2 > std::hypot(image.cols, image.rows) + rounding;
+    const int reach = side / 2;
+    return reach > std::hypot(image.cols, image.rows) + rounding;
 }
 
 /// Removes bright specks that are small against the mark. Unlike that of the blur, this kernel may be even.
