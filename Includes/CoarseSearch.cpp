@@ -18,6 +18,7 @@
 #include <opencv2/core/hal/intrin.hpp>
 
 #include "Includes/HitRefinement.h"
+#include "Includes/LabelVectors.h"
 #include "Includes/MissCounter.h"
 #include "Includes/ResponseBits.h"
 #include "Includes/ResponseMaps.h"
@@ -27,9 +28,9 @@ namespace line2Dup {
 
 namespace {
 
-/// Responses that are summed at once.
+/// Positions at which responses are summed at once.
 constexpr int positionsInSum = 16;
-using Sums = std::array<uchar, positionsInSum>;
+using Sixteen = std::array<uchar, positionsInSum>;
 
 /// The image of the spread orientations, spread by `groupReach` pixels more to the right and downwards. What lies
 /// beyond the right edge is what the flat grid has there: the beginning of the next row of blocks.
@@ -81,10 +82,14 @@ std::ptrdiff_t mostPositions(const std::vector<ShapeTemplateLevels>& templates, 
     return most;
 }
 
-/// Positions that may be read behind the last one. A block begins at one of the grid's positions, and a feature in the
-/// image moves it on by the place of one of the grid's positions, whatever the template: both are below the grid's
-/// area, so with its own 128 positions the block ends less than the area and 128 behind the last position.
-std::ptrdiff_t reachOf(cv::Size grid) { return grid.area() + positionsInBlock; }
+/// Positions that may be read behind the last one: a template whose features keep within its size reads at most one
+/// block and a row of the grid further than the grid goes.
+std::ptrdiff_t reachOf(cv::Size grid) { return grid.width + positionsInBlock; }
+
+/// The number of positions in whole blocks.
+std::ptrdiff_t inBlocks(std::ptrdiff_t positions) {
+    return (positions + positionsInBlock - 1) / positionsInBlock * positionsInBlock;
+}
 
 cv::Mat spreadOverBlocks(const cv::Mat& orientations) {
     cv::Mat spread;
@@ -104,40 +109,56 @@ bool canBePassed(float threshold) {
     return fullPercentage > threshold;
 }
 
-/// One feature of a template in the grid.
+/// A feature's spread orientations from the grid's first position on, as far as they go.
 struct PlacedFeature {
     std::size_t label;
-    GridPlace place;
+    const uchar* spread;
+    std::ptrdiff_t count;
 };
 
-/// Adds a feature's responses at sixteen positions; behind the last position of the grid they are 0.
-void addSixteen(const cv::Mat& memory, const GridPlace& place, std::ptrdiff_t position, Sums& sums) {
-    const std::ptrdiff_t first = place.first + position;
-    const std::ptrdiff_t available = memory.cols - first;
-    if (available <= 0) return;
-    const uchar* responses = memory.ptr(place.phase) + first;
+/// What is missing at sixteen positions: features without any response, and features without their own label.
+struct Missing {
+    Sixteen any{};
+    Sixteen own{};
+};
+
+/// Adds what a feature misses at sixteen positions; behind the last position of the grid that is all.
+void addSixteen(const PlacedFeature& feature, std::ptrdiff_t position, Missing& missing) {
+    const uchar* spread = feature.spread + position;
+    const std::ptrdiff_t available = feature.count - position;
+    const uchar* own = ownOrientations[feature.label].data();
+    const uchar* found = foundOrientations[feature.label].data();
 #if CV_SIMD128
     if (available >= positionsInSum) {
-        cv::v_store(sums.data(), cv::v_add_wrap(cv::v_load(sums.data()), cv::v_load(responses)));
+        // A comparison that holds is 255, so subtracting it counts by one.
+        const auto count = [&](Sixteen& counts, const uchar* wanted) {
+            const cv::v_uint8x16 there = cv::v_and(cv::v_load(spread), cv::v_load(wanted));
+            const cv::v_uint8x16 misses = cv::v_eq(there, cv::v_setzero_u8());
+            cv::v_store(counts.data(), cv::v_sub_wrap(cv::v_load(counts.data()), misses));
+        };
+        count(missing.any, found);
+        count(missing.own, own);
         return;
     }
 #endif
-    for (std::ptrdiff_t i = 0; i < std::min<std::ptrdiff_t>(positionsInSum, available); ++i) {
-        auto& sum = sums[static_cast<std::size_t>(i)];
-        sum = static_cast<uchar>(sum + responses[i]);
+    for (std::size_t i = 0; i < positionsInSum; ++i) {
+        const int orientations = static_cast<std::ptrdiff_t>(i) < available ? spread[i] : 0;
+        if ((orientations & found[i]) == 0) ++missing.any[i];
+        if ((orientations & own[i]) == 0) ++missing.own[i];
     }
 }
 
 /// What the search of one class goes through, template by template, without allocating anew.
 class TemplateSearch {
 public:
-    TemplateSearch(const std::vector<cv::Mat>& linearMemories, cv::Size grid, const ResponseBits& bits,
+    TemplateSearch(const cv::Mat& linearSpread, cv::Size grid, const ResponseBits& bits,
                    const ResponseBits& furtherBits, const uchar* neverMissing)
-        : memories_(linearMemories), grid_(grid), bits_(bits), furtherBits_(furtherBits), neverMissing_(neverMissing) {}
+        : spread_(linearSpread), grid_(grid), bits_(bits), furtherBits_(furtherBits), neverMissing_(neverMissing) {}
 
     /// Sets the blocks up to `positions` in which any of the group's templates may miss no more than `allowed`
     /// features.
     void openBlocks(const TemplateGroup& group, int allowed, std::ptrdiff_t positions) {
+        groupPositions_ = positions;
         open_.clear();
         arrays_.clear();
         for (const GroupFeature& feature : group.features) {
@@ -146,8 +167,8 @@ public:
                 continue;
             }
             const GridPlace place = gridPlaceOf(feature.x, feature.y, grid_.width);
-            arrays_.add(furtherBits_.from(feature.label, place.phase, place.first),
-                        furtherBits_.from(feature.otherLabel, place.phase, place.first));
+            arrays_.add(bitsFrom(furtherBits_, feature.label, place),
+                        bitsFrom(furtherBits_, feature.otherLabel, place));
         }
         arrays_.fillUp(neverMissing_);
         if (allowed < 0) return;
@@ -172,8 +193,9 @@ public:
                 continue;
             }
             const GridPlace place = gridPlaceOf(feature.x, feature.y, grid_.width);
-            features_.push_back({static_cast<std::size_t>(feature.label), place});
-            const uchar* array = bits_.from(feature.label, place.phase, place.first);
+            features_.push_back({static_cast<std::size_t>(feature.label), spread_.ptr(place.phase) + place.first,
+                                 spread_.cols - place.first});
+            const uchar* array = bitsFrom(bits_, feature.label, place);
             arrays_.add(array, array);
         }
         arrays_.fillUp(neverMissing_);
@@ -192,24 +214,35 @@ public:
     }
 
 private:
+    /// A feature far beyond its template's size counts as never missing, since its bits may not reach far enough. That
+    /// opens too many positions at worst.
+    const uchar* bitsFrom(const ResponseBits& bits, int label, const GridPlace& place) const {
+        const bool reaches = place.first + inBlocks(groupPositions_) <= grid_.area() + reachOf(grid_);
+        return reaches ? bits.from(label, place.phase, place.first) : neverMissing_;
+    }
+
     void addPassing(std::ptrdiff_t first, std::ptrdiff_t positions, int passingSum, int templateId,
                     std::vector<CoarseCandidate>& candidates) const {
-        Sums sums{};
-        for (const PlacedFeature& feature : features_) addSixteen(memories_[feature.label], feature.place, first, sums);
+        Missing missing;
+        for (const PlacedFeature& feature : features_) addSixteen(feature, first, missing);
+        // A response is 3 for a neighbour of the label and one more for the label itself.
+        const int greatest = fullResponse * static_cast<int>(features_.size());
         const std::ptrdiff_t count = std::min<std::ptrdiff_t>(positionsInSum, positions - first);
         for (std::ptrdiff_t i = 0; i < count; ++i) {
-            if (sums[static_cast<std::size_t>(i)] < passingSum) continue;
+            const auto k = static_cast<std::size_t>(i);
+            if (greatest - neighbourResponse * missing.any[k] - missing.own[k] < passingSum) continue;
             const auto position = static_cast<int>(first + i);
             candidates.push_back(
                 {templateId, {position % grid_.width * coarseStep, position / grid_.width * coarseStep}});
         }
     }
 
-    const std::vector<cv::Mat>& memories_;
+    const cv::Mat& spread_;
     cv::Size grid_;
     const ResponseBits& bits_;
     const ResponseBits& furtherBits_;
     const uchar* neverMissing_;
+    std::ptrdiff_t groupPositions_ = 0;
     std::vector<std::ptrdiff_t> open_;
     std::vector<PlacedFeature> features_;
     MissArrays arrays_;
@@ -227,15 +260,13 @@ CoarseSearch::CoarseSearch(cv::Size grid, const cv::Mat& spread, const cv::Mat& 
     : grid_(grid),
       bits_(linearSpread, reachOf(grid)),
       furtherBits_(linearised(spreadFurther(spread)), reachOf(grid)),
-      neverMissing_(static_cast<std::size_t>(grid.area() / 8 + positionsInBlock)) {
-    // Responses are formed pixel by pixel, so the maps of the reordered image are the reordered maps.
-    computeResponseMaps(linearSpread, linearMemories_);
-}
+      neverMissing_(static_cast<std::size_t>(grid.area() / 8 + positionsInBlock)),
+      linearSpread_(linearSpread) {}
 
 std::vector<CoarseCandidate> CoarseSearch::find(const std::vector<ShapeTemplateLevels>& templates,
                                                 float threshold) const {
     if (templates.empty() || !canBePassed(threshold)) return {};
-    TemplateSearch search(linearMemories_, grid_, bits_, furtherBits_, neverMissing_.data());
+    TemplateSearch search(linearSpread_, grid_, bits_, furtherBits_, neverMissing_.data());
     std::vector<CoarseCandidate> candidates;
     for (const TemplateGroup& group : groupTemplates(templates, grid_ * coarseStep)) {
         const auto featureCount = static_cast<int>(group.features.size());

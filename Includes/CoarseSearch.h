@@ -40,7 +40,7 @@ private:
     ResponseBits bits_;
     ResponseBits furtherBits_;  // of the image spread further, for groups of templates
     std::vector<uchar> neverMissing_;
-    std::vector<cv::Mat> linearMemories_;
+    cv::Mat linearSpread_;
 };
 
 }  // namespace line2Dup

@@ -1,7 +1,9 @@
 #include "Includes/Detector.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <iostream>
+#include <numeric>
 #include <utility>
 
 #include "Includes/FastSearch.h"
@@ -37,9 +39,15 @@ bool areTakenByFastSearch(const Classes& classes) {
 }
 
 /// Best hits first, duplicates away. The sort is stable: what is equal keeps the order in which it was found.
-void orderHits(std::vector<MatchHit>& hits) {
-    std::stable_sort(hits.begin(), hits.end());
-    hits.erase(std::unique(hits.begin(), hits.end()), hits.end());
+std::vector<MatchHit> ordered(std::vector<MatchHit> hits) {
+    std::vector<std::uint32_t> order(hits.size());
+    std::iota(order.begin(), order.end(), 0u);
+    std::stable_sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) { return hits[a] < hits[b]; });
+    std::vector<MatchHit> result;
+    for (const std::uint32_t i : order) {
+        if (result.empty() || !(result.back() == hits[i])) result.push_back(std::move(hits[i]));
+    }
+    return result;
 }
 
 }  // namespace
@@ -96,7 +104,7 @@ std::vector<MatchHit> Detector::match(cv::Mat source, float threshold, const std
         timer.elapsed("construct response map");
         for (const auto* entry : classes) matchClass(levels, threshold, hits, entry->first, entry->second);
     }
-    orderHits(hits);
+    hits = ordered(std::move(hits));
     timer.elapsed("templ match");
     return hits;
 }

@@ -1,12 +1,13 @@
 // The coarse level gives candidates, and the fine level refines each in a window of 16 by 16 positions. A copy of the
 // shape makes several candidates side by side, whose windows are shifted by 4 pixels each and overlap. The sum at a
-// place is the same in all windows, so those that begin in one cell of 32 by 32 pixels share one rectangle of sums.
+// place is the same in all windows, so windows that lie within 48 by 48 positions make a cluster and share their sums.
+// All clusters are known before the fine level is prepared, so that this happens once and only where they lie.
+//
 // Only where a feature's window leaves the image do the windows differ, and such a window is summed on its own.
 
 #include "Includes/FastSearch.h"
 
 #include <algorithm>
-#include <numeric>
 #include <opencv2/imgproc.hpp>
 
 #include "Includes/HitRefinement.h"
@@ -28,18 +29,25 @@ bool hasUsualExtent(const ShapeTemplate& templ) {
     return templ.width >= 0 && templ.width < greatestExtent && templ.height >= 0 && templ.height < greatestExtent;
 }
 
-/// Side in pixels of the cells in which windows share their sums.
-constexpr int cellSide = 32;
-
 cv::Rect windowAround(cv::Point centre) {
     return {centre.x - localWindow / 2, centre.y - localWindow / 2, localWindow, localWindow};
 }
 
-/// Orders windows by the cell in which they begin; cells go from left to right and then down.
-bool beginsInEarlierCell(cv::Point centreA, cv::Point centreB) {
-    const cv::Point a = windowAround(centreA).tl() / cellSide;
-    const cv::Point b = windowAround(centreB).tl() / cellSide;
-    return a.y != b.y ? a.y < b.y : a.x < b.x;
+/// The least rectangle that holds the template's features.
+cv::Rect featureBoxOf(const ShapeTemplate& templ) {
+    if (templ.features.empty()) return {};
+    const auto byX = [](const GradientFeature& a, const GradientFeature& b) { return a.x < b.x; };
+    const auto byY = [](const GradientFeature& a, const GradientFeature& b) { return a.y < b.y; };
+    const auto x = std::minmax_element(templ.features.begin(), templ.features.end(), byX);
+    const auto y = std::minmax_element(templ.features.begin(), templ.features.end(), byY);
+    return {cv::Point(x.first->x, y.first->y), cv::Point(x.second->x + 1, y.second->y + 1)};
+}
+
+/// Whether no feature leaves the image when the template's crop origin moves in a rectangle.
+bool staysInImage(const cv::Rect& featureBox, const cv::Rect& origins, cv::Size size) {
+    const cv::Rect first = featureBox + origins.tl();
+    const cv::Rect last = featureBox + origins.br() - cv::Point(1, 1);
+    return first.x >= 0 && first.y >= 0 && last.br().x <= size.width && last.br().y <= size.height;
 }
 
 cv::Size halfOf(cv::Size size) { return {size.width / 2, size.height / 2}; }
@@ -83,41 +91,85 @@ FastSearch::FastSearch(const ColorGradient& modality, const cv::Mat& source)
 
 void FastSearch::matchClass(float threshold, std::vector<MatchHit>& hits, const std::string& classId,
                             const std::vector<ShapeTemplateLevels>& templates) {
-    const std::vector<CoarseCandidate> candidates = coarse_.find(templates, threshold);
-    std::vector<MatchHit> found;
-    for (std::size_t begin = 0; begin < candidates.size();) {
-        const int templateId = candidates[begin].templateId;
-        found.clear();
-        for (; begin < candidates.size() && candidates[begin].templateId == templateId; ++begin) {
-            const cv::Point place = candidates[begin].place;
-            found.push_back({place.x, place.y, 0.0f, classId, templateId, 0.0f, 0.0f});
+    arrangeWindows(templates, coarse_.find(templates, threshold));
+    findClustersInImage(templates);
+    fine_.prepareNeeded();
+    for (const Cluster& cluster : clusters_) {
+        refine(cluster, templates[static_cast<std::size_t>(cluster.templateId)].front(), threshold);
+    }
+    const Window* before = nullptr;
+    for (const Window& window : windows_) {
+        if (!window.hit) continue;
+        if (before == nullptr || !isSameHit(*before, window)) {
+            hits.push_back({0, 0, 0.0f, classId, window.templateId, 0.0f, 0.0f});
+            moveHit(hits.back(), window.place);
         }
-        refine(templates[static_cast<std::size_t>(templateId)].front(), found);
-        dropWorseThan(threshold, found);
-        hits.insert(hits.end(), found.begin(), found.end());
+        before = &window;
     }
 }
 
-void FastSearch::refine(const ShapeTemplate& templ, std::vector<MatchHit>& candidates) {
-    centres_.clear();
-    for (const MatchHit& hit : candidates) centres_.push_back(windowCentre(hit, templ, size_, fineStep));
-    order_.resize(candidates.size());
-    std::iota(order_.begin(), order_.end(), std::size_t{0});
-    std::sort(order_.begin(), order_.end(),
-              [this](std::size_t a, std::size_t b) { return beginsInEarlierCell(centres_[a], centres_[b]); });
-    for (std::size_t begin = 0; begin < order_.size();) {
-        const cv::Point first = centres_[order_[begin]];
-        cv::Rect origins = windowAround(first);
-        std::size_t end = begin + 1;
-        for (; end < order_.size() && !beginsInEarlierCell(first, centres_[order_[end]]); ++end) {
-            origins |= windowAround(centres_[order_[end]]);
-        }
-        const bool shared = fine_.holds(templ, origins);
-        const cv::Mat sums = shared ? fine_.sumsIn(templ, origins) : cv::Mat();
-        for (; begin < end; ++begin) {
-            const cv::Point centre = centres_[order_[begin]];
-            const cv::Mat window = shared ? sums(windowAround(centre) - origins.tl()) : fine_.sumsAround(templ, centre);
-            refineHit(candidates[order_[begin]], window, templ.features.size(), centre, fineStep);
+bool FastSearch::isSameHit(const Window& a, const Window& b) {
+    return a.templateId == b.templateId && a.place.x == b.place.x && a.place.y == b.place.y &&
+           a.place.similarity == b.place.similarity;
+}
+
+void FastSearch::arrangeWindows(const std::vector<ShapeTemplateLevels>& templates,
+                                const std::vector<CoarseCandidate>& candidates) {
+    windows_.clear();
+    clusters_.clear();
+    std::size_t firstCluster = 0;
+    for (std::size_t i = 0; i < candidates.size(); ++i) {
+        const int templateId = candidates[i].templateId;
+        const ShapeTemplate& templ = templates[static_cast<std::size_t>(templateId)].front();
+        if (i > 0 && templateId != candidates[i - 1].templateId) firstCluster = clusters_.size();
+        windows_.push_back({windowCentre(candidates[i].place, templ, size_, fineStep), templateId, none, false, {}});
+        putIntoCluster(i, templateId, firstCluster);
+    }
+}
+
+/// Windows come from top to bottom, so clusters that lie too far above are all at the front.
+void FastSearch::putIntoCluster(std::size_t window, int templateId, std::size_t firstCluster) {
+    const cv::Rect origins = windowAround(windows_[window].centre);
+    for (std::size_t i = clusters_.size(); i-- > firstCluster;) {
+        Cluster& cluster = clusters_[i];
+        const cv::Rect together = cluster.origins | origins;
+        if (together.height > WindowSums::greatestSide) break;
+        if (together.width > WindowSums::greatestSide) continue;
+        cluster.origins = together;
+        windows_[cluster.last].next = window;
+        cluster.last = window;
+        return;
+    }
+    clusters_.push_back({templateId, origins, false, window, window});
+}
+
+void FastSearch::findClustersInImage(const std::vector<ShapeTemplateLevels>& templates) {
+    int boxId = -1;
+    cv::Rect box;
+    for (Cluster& cluster : clusters_) {
+        const ShapeTemplate& templ = templates[static_cast<std::size_t>(cluster.templateId)].front();
+        if (cluster.templateId != boxId) box = featureBoxOf(templ);
+        boxId = cluster.templateId;
+        cluster.inImage = staysInImage(box, cluster.origins, size_);
+        if (cluster.inImage) fine_.need(templ, box, cluster.origins);
+    }
+}
+
+void FastSearch::refine(const Cluster& cluster, const ShapeTemplate& templ, float threshold) {
+    const std::size_t featureCount = templ.features.size();
+    if (cluster.inImage) sums_.find(fine_, templ, cluster.origins, leastKeptSum(featureCount, threshold));
+    for (std::size_t i = cluster.first; i != none; i = windows_[i].next) {
+        Window& window = windows_[i];
+        if (cluster.inImage) {
+            const cv::Rect origins = windowAround(window.centre);
+            const WindowSums::Best best = sums_.bestIn(origins);
+            window.hit = best.sum > 0;
+            if (!window.hit) continue;
+            window.place = refinedPlace({best.place, percentOf(best.sum, featureCount)},
+                                        sums_.around(origins.tl() + best.place), window.centre, fineStep);
+        } else {
+            window.place = refinedPlace(fine_.sumsAround(templ, window.centre), featureCount, window.centre, fineStep);
+            window.hit = !(window.place.similarity < threshold);
         }
     }
 }

@@ -1,132 +1,160 @@
-// Hits of the coarse level need the fine one only in a window around each of their features, so the fine level is
-// divided into tiles, and the first window that touches a tile has it prepared: blurred, quantised, and turned into the
-// eight response maps, with step 1 and so without any spreading. The maps are as large as the image, but their memory
-// is touched only where tiles are prepared.
+// Hits of the coarse level need the fine one only in a window around each of their features. So the fine level is
+// divided into tiles, the windows to come say which tiles they touch, and these are prepared together, neighbouring
+// tiles as one rectangle. The memory is as large as the image, but touched only where tiles are prepared.
 //
-// Sums are formed row by row: sixteen bytes of each feature's map, in bytes as long as these cannot overflow.
+// A pixel is prepared when its orientation is known and packed into bits: for each label one bit that tells whether the
+// orientation is too far from it to give any response. A word holds the bits of 64 pixels of a row and begins 32 pixels
+// after its neighbour, so that from any pixel on at least 33 bits are found in one word; and the words of a column lie
+// one behind the other, so that a window's rows are read in one go.
 
 #include "Includes/FineLevel.h"
 
 #include <algorithm>
+#include <array>
 #include <opencv2/core.hpp>
 #include <opencv2/core/hal/intrin.hpp>
 
+#include "Includes/OrientationLabel.h"
 #include "Includes/RegionQuantiser.h"
 #include "Includes/ResponseMaps.h"
+#include "Includes/Similarity.h"
 
 namespace line2Dup {
 
 namespace {
 
-/// Side of a tile in pixels. Smaller tiles fit windows better, larger ones waste less on their margins.
-constexpr int tileSide = 96;
+/// Pixels that may be read beyond the right edge.
+constexpr int slack = 16;
 
-/// Features whose responses add up in a byte.
-constexpr std::size_t featuresInByteSum = byteSumLimit - 1;
+int roundedUp(int length, int step) { return (length + step - 1) / step * step; }
 
-/// The sums of sixteen bytes of each feature's row.
+/// The tiles that a rectangle touches.
+cv::Rect tilesUnder(const cv::Rect& rect) {
+    const cv::Point first = rect.tl() / FineLevel::tileSide;
+    const cv::Point last = (rect.br() - cv::Point(1, 1)) / FineLevel::tileSide;
+    return {first, last + cv::Point(1, 1)};
+}
+
+/// Templates over up to so many tiles have features in almost all of them.
+constexpr int smallBox = 16;
+
+int tilesAlong(int length) { return roundedUp(length, FineLevel::tileSide) / FineLevel::tileSide; }
+
+/// For each label and each of 32 pixels a bit: whether the pixel's orientation gives the label no response.
+using MissingBits = std::array<std::uint32_t, labelCount>;
+
+MissingBits missingInThirtyTwo(const uchar* orientations) {
+    MissingBits bits{};
 #if CV_SIMD128
-void addSixteens(const std::vector<const uchar*>& features, std::size_t offset, ushort* sums) {
-    cv::v_uint16x8 left = cv::v_setzero_u16();
-    cv::v_uint16x8 right = cv::v_setzero_u16();
-    for (std::size_t begin = 0; begin < features.size(); begin += featuresInByteSum) {
-        const std::size_t end = std::min(begin + featuresInByteSum, features.size());
-        cv::v_uint8x16 bytes = cv::v_setzero_u8();
-        for (std::size_t i = begin; i < end; ++i) bytes = cv::v_add_wrap(bytes, cv::v_load(features[i] + offset));
-        cv::v_uint16x8 low;
-        cv::v_uint16x8 high;
-        cv::v_expand(bytes, low, high);
-        left = cv::v_add_wrap(left, low);
-        right = cv::v_add_wrap(right, high);
+    const cv::v_uint8x16 left = cv::v_load(orientations);
+    const cv::v_uint8x16 right = cv::v_load(orientations + 16);
+    if (cv::v_check_all(cv::v_eq(cv::v_or(left, right), cv::v_setzero_u8()))) {
+        bits.fill(~std::uint32_t{0});
+        return bits;
     }
-    cv::v_store(sums, left);
-    cv::v_store(sums + 8, right);
-}
+    for (int label = 0; label < labelCount; ++label) {
+        const cv::v_uint8x16 wanted = cv::v_setall_u8(static_cast<uchar>(oneHotOf(label) | neighboursOf(label)));
+        const auto missing = [&](const cv::v_uint8x16& sixteen) {
+            const cv::v_uint8x16 found = cv::v_and(sixteen, wanted);
+            return static_cast<std::uint32_t>(cv::v_signmask(cv::v_eq(found, cv::v_setzero_u8())));
+        };
+        bits[static_cast<std::size_t>(label)] = missing(left) | missing(right) << 16;
+    }
 #else
-void addSixteens(const std::vector<const uchar*>& features, std::size_t offset, ushort* sums) {
-    std::fill_n(sums, localWindow, ushort{0});
-    for (const uchar* feature : features) {
-        for (int i = 0; i < localWindow; ++i)
-            sums[i] = static_cast<ushort>(sums[i] + feature[offset + static_cast<std::size_t>(i)]);
+    for (int label = 0; label < labelCount; ++label) {
+        const int wanted = oneHotOf(label) | neighboursOf(label);
+        for (int i = 0; i < FineLevel::wordDistance; ++i) {
+            if ((orientations[i] & wanted) == 0) bits[static_cast<std::size_t>(label)] |= std::uint32_t{1} << i;
+        }
     }
-}
 #endif
-
-/// The least rectangle that holds the template's features.
-cv::Rect boxOf(const ShapeTemplate& templ) {
-    cv::Rect box;
-    for (const GradientFeature& feature : templ.features) box |= cv::Rect(feature.x, feature.y, 1, 1);
-    return box;
+    return bits;
 }
 
-int tilesAlong(int length) { return (length + tileSide - 1) / tileSide; }
+constexpr std::uint64_t lowerHalf = 0xFFFFFFFFu;
+
+void setLowerHalf(std::uint64_t& word, std::uint32_t bits) { word = (word & ~lowerHalf) | bits; }
+void setUpperHalf(std::uint64_t& word, std::uint32_t bits) {
+    word = (word & lowerHalf) | std::uint64_t{bits} << FineLevel::wordDistance;
+}
 
 }  // namespace
 
 FineLevel::FineLevel(const cv::Mat& image, float weakThreshold)
     : image_(image),
       weakThreshold_(weakThreshold),
-      quantised_(image.size(), CV_8U),
-      responses_(labelCount),
-      prepared_(cv::Mat::zeros(tilesAlong(image.rows), tilesAlong(image.cols), CV_8U)) {
-    for (cv::Mat& map : responses_) map.create(image.size(), CV_8U);
-}
+      wordColumns_(roundedUp(image.cols, wordDistance) / wordDistance),
+      orientations_(image.rows, roundedUp(image.cols, wordDistance) + slack, CV_8U),
+      orientationStep_(static_cast<std::ptrdiff_t>(orientations_.step[0])),
+      missingMemory_(labelCount * wordColumns_, image.rows + 1, CV_64F),  // elements of 64 bits
+      missing_(missingMemory_.ptr<std::uint64_t>()),
+      wordColumnStep_(image.rows + 1),
+      needed_(cv::Mat::zeros(tilesAlong(image.rows), tilesAlong(image.cols), CV_8U)),
+      prepared_(needed_.clone()) {}
 
-void FineLevel::prepare(const cv::Rect& rect) {
-    const cv::Rect inside = rect & cv::Rect(cv::Point(), image_.size());
-    if (inside.empty()) return;
-    for (int y = inside.y / tileSide; y <= (inside.br().y - 1) / tileSide; ++y) {
-        for (int x = inside.x / tileSide; x <= (inside.br().x - 1) / tileSide; ++x) {
-            if (prepared_.at<uchar>(y, x) == 0) prepareTile({x, y});
-        }
+void FineLevel::need(const ShapeTemplate& templ, const cv::Rect& featureBox, const cv::Rect& origins) {
+    const cv::Rect whole(featureBox.tl() + origins.tl(), featureBox.br() + origins.br() - cv::Point(1, 1));
+    if (tilesUnder(whole).area() <= smallBox) {
+        note(tilesUnder(whole));
+        return;
     }
-}
-
-void FineLevel::prepareTile(cv::Point tile) {
-    const cv::Rect rect =
-        cv::Rect(tile * tileSide, cv::Size(tileSide, tileSide)) & cv::Rect(cv::Point(), image_.size());
-    quantiseRegion(image_, rect, weakThreshold_, quantised_);
-    for (int y = rect.y; y < rect.br().y; ++y) {
-        for (int label = 0; label < labelCount; ++label) {
-            formResponses(quantised_.ptr(y) + rect.x, responses_[static_cast<std::size_t>(label)].ptr(y) + rect.x,
-                          rect.width, label);
-        }
-    }
-    prepared_.at<uchar>(tile) = 1;
-}
-
-bool FineLevel::holds(const ShapeTemplate& templ, const cv::Rect& origins) const {
-    const cv::Rect box = boxOf(templ);
-    return origins.x + box.x >= 0 && origins.y + box.y >= 0 && origins.br().x + box.br().x - 1 <= image_.cols &&
-           origins.br().y + box.br().y - 1 <= image_.rows;
-}
-
-const cv::Mat& FineLevel::sumsIn(const ShapeTemplate& templ, const cv::Rect& origins) {
-    features_.clear();
     for (const GradientFeature& feature : templ.features) {
-        const cv::Rect places = origins + cv::Point(feature.x, feature.y);
-        prepare(places);
-        features_.push_back(responses_[static_cast<std::size_t>(feature.label)].ptr(places.y) + places.x);
+        note(tilesUnder(origins + cv::Point(feature.x, feature.y)));
     }
-    sums_.create(origins.size(), CV_16U);
-    const std::size_t step = responses_.front().step[0];
-    for (int r = 0; r < origins.height; ++r) {
-        const std::size_t offset = static_cast<std::size_t>(r) * step;
-        for (int c = 0; c < origins.width; c += localWindow) {
-            // The last sixteen end with the row and may overlap those before.
-            const int column = std::min(c, origins.width - localWindow);
-            addSixteens(features_, offset + static_cast<std::size_t>(column), sums_.ptr<ushort>(r) + column);
+}
+
+void FineLevel::note(const cv::Rect& tiles) {
+    for (int y = tiles.y; y < tiles.br().y; ++y) std::fill_n(needed_.ptr(y) + tiles.x, tiles.width, uchar{1});
+}
+
+void FineLevel::prepareNeeded() {
+    needed_.setTo(0, prepared_);
+    const auto areNeeded = [this](const cv::Rect& tiles) { return cv::countNonZero(needed_(tiles)) == tiles.area(); };
+    for (int y = 0; y < needed_.rows; ++y) {
+        for (int x = 0; x < needed_.cols; ++x) {
+            cv::Rect tiles(x, y, 1, 1);
+            if (!areNeeded(tiles)) continue;
+            while (tiles.br().x < needed_.cols && areNeeded(tiles + cv::Size(1, 0))) ++tiles.width;
+            while (tiles.br().y < needed_.rows && areNeeded(tiles + cv::Size(0, 1))) ++tiles.height;
+            prepare(tiles);
         }
     }
-    return sums_;
+}
+
+void FineLevel::prepare(const cv::Rect& tiles) {
+    const cv::Rect rect =
+        cv::Rect(tiles.tl() * tileSide, tiles.size() * tileSide) & cv::Rect(cv::Point(), image_.size());
+    cv::Mat ofImage = orientations_.colRange(0, image_.cols);
+    quantiseRegion(image_, rect, weakThreshold_, ofImage);
+    packMissing(rect);
+    needed_(tiles) = cv::Scalar(0);
+    prepared_(tiles) = cv::Scalar(1);
+}
+
+void FineLevel::packMissing(const cv::Rect& rect) {
+    for (int x = rect.x; x < rect.br().x; x += wordDistance) {
+        const int column = x / wordDistance;
+        for (int y = rect.y; y < rect.br().y; ++y) {
+            const MissingBits bits = missingInThirtyTwo(orientations(x, y));
+            std::uint64_t* word = missing_ + column * wordColumnStep_ + y;
+            for (const std::uint32_t ofLabel : bits) {
+                setLowerHalf(*word, ofLabel);
+                if (column > 0) setUpperHalf(*(word - wordColumnStep_), ofLabel);
+                word += wordColumns_ * wordColumnStep_;
+            }
+        }
+    }
 }
 
 cv::Mat FineLevel::sumsAround(const ShapeTemplate& templ, cv::Point centre) {
-    prepare(cv::Rect(cv::Point(), image_.size()));
-    std::vector<cv::Mat> linearMemories;
-    for (const cv::Mat& map : responses_) linearMemories.push_back(map.reshape(1, 1));
+    if (responses_.empty()) {
+        needed_ = cv::Scalar(1);
+        prepareNeeded();
+        computeResponseMaps(orientations_.colRange(0, image_.cols).clone(), responses_);
+        for (cv::Mat& map : responses_) map = map.reshape(1, 1);
+    }
     cv::Mat sums;
-    similarityLocal(linearMemories, templ, sums, image_.size(), 1, centre);
+    similarityLocal(responses_, templ, sums, image_.size(), 1, centre);
     return sums;
 }
 

@@ -21,12 +21,9 @@ int clampedCentre(std::int64_t position, std::int64_t imageSide, std::int64_t ex
     return static_cast<int>(centre);
 }
 
-struct Best {
-    cv::Point position{-1, -1};
-    float similarity = 0.0f;
-};
+bool isInWindow(int x, int y) { return x >= 0 && x < localWindow && y >= 0 && y < localWindow; }
 
-Best findBest(const cv::Mat& sums, std::size_t featureCount) {
+BestPosition findBest(const cv::Mat& sums, std::size_t featureCount) {
     // Different sums have different percentages, so the first greatest sum is the first greatest percentage.
     ushort greatest = 0;
     int row = 0;
@@ -39,7 +36,7 @@ Best findBest(const cv::Mat& sums, std::size_t featureCount) {
             row = r;
         }
     }
-    Best best;
+    BestPosition best{{-1, -1}, 0.0f};
     const float similarity = percentOf(greatest, featureCount);
     if (similarity > best.similarity) {
         const auto* values = sums.ptr<ushort>(row);
@@ -48,48 +45,87 @@ Best findBest(const cv::Mat& sums, std::size_t featureCount) {
     return best;
 }
 
-cv::Point2f centroidAround(const cv::Mat& sums, cv::Point best) {
+NineSums sumsAround(const cv::Mat& sums, cv::Point place) {
+    NineSums around{};
+    for (int i = 0; i < 9; ++i) {
+        const int x = place.x + i % 3 - 1;
+        const int y = place.y + i / 3 - 1;
+        if (isInWindow(x, y))
+            around[static_cast<std::size_t>(i / 3)][static_cast<std::size_t>(i % 3)] = sums.at<ushort>(y, x);
+    }
+    return around;
+}
+
+cv::Point2f centroidAround(cv::Point best, const NineSums& around) {
     float weights = 0.0f;
     float weightedX = 0.0f;
     float weightedY = 0.0f;
-    for (int y = std::max(best.y - 1, 0); y <= std::min(best.y + 1, localWindow - 1); ++y) {
-        const auto* row = sums.ptr<ushort>(y);
-        for (int x = std::max(best.x - 1, 0); x <= std::min(best.x + 1, localWindow - 1); ++x) {
-            const float weight = row[x];
-            weights += weight;
-            weightedX += weight * static_cast<float>(x);
-            weightedY += weight * static_cast<float>(y);
-        }
+    for (int i = 0; i < 9; ++i) {
+        const int x = best.x + i % 3 - 1;
+        const int y = best.y + i / 3 - 1;
+        if (!isInWindow(x, y)) continue;
+        const float weight = around[static_cast<std::size_t>(i / 3)][static_cast<std::size_t>(i % 3)];
+        weights += weight;
+        weightedX += weight * static_cast<float>(x);
+        weightedY += weight * static_cast<float>(y);
     }
     if (!(weights > leastWeight)) return {static_cast<float>(best.x), static_cast<float>(best.y)};
     return {weightedX / weights, weightedY / weights};
 }
 
+/// The least sum of which a condition holds that holds of all greater sums too; one more than the greatest if of none.
+template <typename Condition>
+int leastSum(std::size_t featureCount, Condition holds) {
+    int least = 0;
+    int end = fullResponse * static_cast<int>(featureCount) + 1;
+    while (least < end) {
+        const int middle = (least + end) / 2;
+        if (holds(percentOf(middle, featureCount))) {
+            end = middle;
+        } else {
+            least = middle + 1;
+        }
+    }
+    return least;
+}
+
 }  // namespace
 
 int leastPassingSum(std::size_t featureCount, float threshold) {
-    const int greatest = fullResponse * static_cast<int>(featureCount);
-    int sum = 0;
-    while (sum <= greatest && !(percentOf(sum, featureCount) > threshold)) ++sum;
-    return sum;
+    return leastSum(featureCount, [threshold](float percent) { return percent > threshold; });
 }
 
-cv::Point windowCentre(const MatchHit& hit, const ShapeTemplate& level, cv::Size size, int T) {
-    return {clampedCentre(hit.x, size.width, level.width, T), clampedCentre(hit.y, size.height, level.height, T)};
+int leastKeptSum(std::size_t featureCount, float threshold) {
+    return leastSum(featureCount, [threshold](float percent) { return !(percent < threshold); });
 }
 
-void refineHit(MatchHit& hit, const cv::Mat& sums, std::size_t featureCount, cv::Point centre, int T) {
-    const Best best = findBest(sums, featureCount);
-    const cv::Point2f finer = centroidAround(sums, best.position);
+cv::Point windowCentre(cv::Point place, const ShapeTemplate& level, cv::Size size, int T) {
+    return {clampedCentre(place.x, size.width, level.width, T), clampedCentre(place.y, size.height, level.height, T)};
+}
+
+RefinedPlace refinedPlace(const BestPosition& best, const NineSums& around, cv::Point centre, int T) {
+    const cv::Point2f finer = centroidAround(best.place, around);
     const std::int64_t originX = std::int64_t{centre.x / T} - halfWindow;
     const std::int64_t originY = std::int64_t{centre.y / T} - halfWindow;
     const int offset = offsetInBlock(T);
-    hit.similarity = best.similarity;
-    hit.x = static_cast<int>((originX + best.position.x) * T + offset);
-    hit.y = static_cast<int>((originY + best.position.y) * T + offset);
     const auto step = static_cast<float>(T);
-    hit.subX = (static_cast<float>(originX) + finer.x) * step + static_cast<float>(offset);
-    hit.subY = (static_cast<float>(originY) + finer.y) * step + static_cast<float>(offset);
+    return {static_cast<int>((originX + best.place.x) * T + offset),
+            static_cast<int>((originY + best.place.y) * T + offset), best.similarity,
+            (static_cast<float>(originX) + finer.x) * step + static_cast<float>(offset),
+            (static_cast<float>(originY) + finer.y) * step + static_cast<float>(offset)};
+}
+
+RefinedPlace refinedPlace(const cv::Mat& sums, std::size_t featureCount, cv::Point centre, int T) {
+    const BestPosition best = findBest(sums, featureCount);
+    return refinedPlace(best, sumsAround(sums, best.place), centre, T);
+}
+
+void moveHit(MatchHit& hit, const RefinedPlace& place) {
+    hit.x = place.x;
+    hit.y = place.y;
+    hit.similarity = place.similarity;
+    hit.subX = place.subX;
+    hit.subY = place.subY;
 }
 
 void dropWorseThan(float threshold, std::vector<MatchHit>& hits) {

@@ -1,12 +1,11 @@
-// The counters of 128 positions are kept as bit planes: plane k of a vector holds bit k of all 128 counters. Four
-// features are added at a time by full adders, which turn three bits of one weight into a bit of that weight and one of
-// the next; what leaves the highest plane closes its position for good. The counters begin so high that this happens
-// with the first feature too many, and the block ends as soon as all its positions are closed.
+// A block ends as soon as all its positions are closed.
 
 #include "Includes/MissCounter.h"
 
 #include <opencv2/core.hpp>
 #include <opencv2/core/hal/intrin.hpp>
+
+#include "Includes/MissPlanes.h"
 
 namespace line2Dup {
 
@@ -27,40 +26,18 @@ void MissArrays::fillUp(const uchar* neverMissing) {
 namespace {
 
 #if CV_SIMD128
-using Bits = cv::v_uint8x16;
-
-/// Adds three bits of one weight: the sum's bit stays in `sum`, the carry is returned.
-Bits addBits(Bits& sum, const Bits& a, const Bits& b) {
-    const Bits difference = cv::v_xor(a, b);
-    const Bits carry = cv::v_or(cv::v_and(a, b), cv::v_and(difference, sum));
-    sum = cv::v_xor(sum, difference);
-    return carry;
-}
-
 template <int Planes>
 bool countMisses(const MissArrays& arrays, std::ptrdiff_t block, int allowed, BlockMask& open) {
     const std::ptrdiff_t offset = block * (positionsInBlock / 8);
     const auto missing = [&](std::size_t i) {
         return cv::v_and(cv::v_load(arrays.first[i] + offset), cv::v_load(arrays.second[i] + offset));
     };
-    const int begin = (1 << Planes) - 1 - allowed;
-    const Bits ones = cv::v_setall_u8(255);
-    Bits planes[Planes];
-    for (int k = 0; k < Planes; ++k) planes[k] = cv::v_setall_u8(static_cast<uchar>((begin >> k & 1) != 0 ? 255 : 0));
-    Bits closed = cv::v_setzero_u8();
+    MissPlanes<Planes> planes(allowed, cv::v_setzero_u8());
     for (std::size_t i = 0; i < arrays.first.size(); i += 4) {
-        const Bits one = addBits(planes[0], missing(i), missing(i + 1));
-        const Bits other = addBits(planes[0], missing(i + 2), missing(i + 3));
-        Bits carry = addBits(planes[1], one, other);
-        for (int k = 2; k < Planes; ++k) {
-            const Bits next = cv::v_and(planes[k], carry);
-            planes[k] = cv::v_xor(planes[k], carry);
-            carry = next;
-        }
-        closed = cv::v_or(closed, carry);
-        if (cv::v_check_all(cv::v_eq(closed, ones))) return false;
+        planes.addFour(missing(i), missing(i + 1), missing(i + 2), missing(i + 3));
+        if (planes.allClosed()) return false;
     }
-    cv::v_store(open.bytes, cv::v_not(closed));
+    cv::v_store(open.bytes, planes.open());
     return true;
 }
 #else

@@ -100,9 +100,9 @@ void matchClass(const std::vector<LevelMemories>& levels, float threshold, std::
             const LevelMemories& level = levels[l];
             const ShapeTemplate& templ = templates[id][l];
             for (MatchHit& hit : candidates) {
-                const cv::Point centre = windowCentre(hit, templ, level.size, level.step);
+                const cv::Point centre = windowCentre({hit.x, hit.y}, templ, level.size, level.step);
                 const cv::Mat sums = sumAround(level, templ, centre);
-                refineHit(hit, sums, templ.features.size(), centre, level.step);
+                moveHit(hit, refinedPlace(sums, templ.features.size(), centre, level.step));
             }
             dropWorseThan(threshold, candidates);
         }

@@ -2,19 +2,19 @@
 // the places around coarse hits. All of it is exact in 16-bit integers: the blurred image is 8-bit, so Sobel's
 // derivatives are at most 1020 in amount, and their squares add up by a multiply-add of pairs.
 //
-// A pixel's orientation depends on the 5 pixels around it: 3 for the blur, 1 for Sobel, 1 for the vote. So a region is
-// blurred with that margin, as an image of its own over the same memory; where the region ends at the image's edge
-// there is no margin, and the replicated border of the small image is that of the whole one.
+// A region is gone through row by row, and of each step only the rows are kept that the next one looks at: seven of the
+// image for the blur, three blurred ones for Sobel, three of labels for the vote. Sobel's kernels come apart: along
+// each blurred row the difference and the sum of neighbours are formed once, and three rows of them give the
+// derivatives.
 
 #include "Includes/RegionQuantiser.h"
 
 #include <algorithm>
 #include <cmath>
 #include <opencv2/core/hal/intrin.hpp>
-#include <opencv2/imgproc.hpp>
 #include <vector>
 
-#include "Includes/GradientSettings.h"
+#include "Includes/GaussianRows.h"
 #include "Includes/IntegerDirections.h"
 #include "Includes/OrientationLabel.h"
 
@@ -22,24 +22,15 @@ namespace line2Dup {
 
 namespace {
 
-constexpr int blurMargin = blurSize / 2;
 constexpr int greatestMagnitude = 2 * greatestDerivative * greatestDerivative;
+
+/// Rows that are kept of each step, and how many values the vectors take at a time.
+constexpr int keptRows = 3;
+constexpr std::size_t vectorShorts = 8;
 
 cv::Rect grown(const cv::Rect& rect, int margin, cv::Size limits) {
     return cv::Rect(rect.x - margin, rect.y - margin, rect.width + 2 * margin, rect.height + 2 * margin) &
            cv::Rect(cv::Point(), limits);
-}
-
-/// The blurred image in `rect`, with one replicated pixel around it.
-cv::Mat blurredWithBorder(const cv::Mat& image, const cv::Rect& rect) {
-    const cv::Rect whole = grown(rect, blurMargin, image.size());
-    const cv::Mat alone(whole.height, whole.width, image.type(), const_cast<uchar*>(image.ptr(whole.y, whole.x)),
-                        image.step);
-    cv::Mat blurred;
-    cv::GaussianBlur(alone, blurred, cv::Size(blurSize, blurSize), 0.0, 0.0, gradientBorder);
-    cv::Mat bordered;
-    cv::copyMakeBorder(blurred(rect - whole.tl()), bordered, 1, 1, 1, 1, gradientBorder | cv::BORDER_ISOLATED);
-    return bordered;
 }
 
 /// The greatest integer magnitude that is not above the squared threshold.
@@ -48,128 +39,186 @@ int integerThreshold(float weakThreshold) {
     return squared < static_cast<float>(greatestMagnitude) ? static_cast<int>(std::floor(squared)) : greatestMagnitude;
 }
 
-/// The derivatives of the strongest channel along a row, and whether they are strong enough.
+/// A channel along a blurred row, for each pixel between its two neighbours.
+struct NeighbourRow {
+    std::vector<short> difference;  // right - left
+    std::vector<short> sum;         // left + 2 * own + right
+};
+
+/// Three rows of one channel, one above the other.
+struct ThreeRows {
+    ThreeRows(const NeighbourRow& above, const NeighbourRow& here, const NeighbourRow& below)
+        : difference{above.difference.data(), here.difference.data(), below.difference.data()},
+          sumAbove(above.sum.data()),
+          sumBelow(below.sum.data()) {}
+
+    const short* difference[3];
+    const short* sumAbove;
+    const short* sumBelow;
+};
+
+/// The derivatives of the strongest channel along a row. All such rows are longer than the pixels in them, so that they
+/// are whole vectors.
 struct DerivativeRow {
-    explicit DerivativeRow(int width)
-        : dx(static_cast<std::size_t>(width)), dy(dx.size()), magnitude(dx.size()), strong(dx.size()) {}
+    explicit DerivativeRow(std::size_t width) : dx(width), dy(width) {}
 
     std::vector<short> dx;
     std::vector<short> dy;
-    std::vector<int> magnitude;
+};
+
+#if CV_SIMD128
+/// The derivatives at eight pixels and their squared magnitudes.
+struct Eight {
+    cv::v_int16x8 dx;
+    cv::v_int16x8 dy;
+    cv::v_int32x4 low;
+    cv::v_int32x4 high;
+};
+
+Eight derivativesAt(const ThreeRows& rows, std::size_t i) {
+    const cv::v_int16x8 middle = cv::v_load(rows.difference[1] + i);
+    const cv::v_int16x8 sides = cv::v_add(cv::v_load(rows.difference[0] + i), cv::v_load(rows.difference[2] + i));
+    Eight eight;
+    eight.dx = cv::v_add(sides, cv::v_add(middle, middle));
+    eight.dy = cv::v_sub(cv::v_load(rows.sumBelow + i), cv::v_load(rows.sumAbove + i));
+    cv::v_int16x8 lowPairs;
+    cv::v_int16x8 highPairs;
+    cv::v_zip(eight.dx, eight.dy, lowPairs, highPairs);
+    eight.low = cv::v_dotprod(lowPairs, lowPairs);
+    eight.high = cv::v_dotprod(highPairs, highPairs);
+    return eight;
+}
+
+/// On a tie the earlier channel stays. `strong` becomes 255 where the magnitude is above the threshold, else 0.
+void keepStrongest(const std::vector<ThreeRows>& channels, int threshold, DerivativeRow& row,
+                   std::vector<uchar>& strong) {
+    const cv::v_int32x4 limit = cv::v_setall_s32(threshold);
+    for (std::size_t i = 0; i < row.dx.size(); i += vectorShorts) {
+        Eight best = derivativesAt(channels[0], i);
+        for (std::size_t k = 1; k < channels.size(); ++k) {
+            const Eight other = derivativesAt(channels[k], i);
+            const cv::v_int32x4 lowStronger = cv::v_gt(other.low, best.low);
+            const cv::v_int32x4 highStronger = cv::v_gt(other.high, best.high);
+            const cv::v_int16x8 stronger = cv::v_pack(lowStronger, highStronger);
+            best.dx = cv::v_select(stronger, other.dx, best.dx);
+            best.dy = cv::v_select(stronger, other.dy, best.dy);
+            best.low = cv::v_select(lowStronger, other.low, best.low);
+            best.high = cv::v_select(highStronger, other.high, best.high);
+        }
+        cv::v_store(&row.dx[i], best.dx);
+        cv::v_store(&row.dy[i], best.dy);
+        const cv::v_int16x8 above = cv::v_pack(cv::v_gt(best.low, limit), cv::v_gt(best.high, limit));
+        cv::v_store_low(&strong[i], cv::v_reinterpret_as_u8(cv::v_pack(above, above)));
+    }
+}
+#else
+void keepStrongest(const std::vector<ThreeRows>& channels, int threshold, DerivativeRow& row,
+                   std::vector<uchar>& strong) {
+    for (std::size_t i = 0; i < row.dx.size(); ++i) {
+        int most = -1;
+        for (const ThreeRows& rows : channels) {
+            const int dx = rows.difference[0][i] + 2 * rows.difference[1][i] + rows.difference[2][i];
+            const int dy = rows.sumBelow[i] - rows.sumAbove[i];
+            const int magnitude = dx * dx + dy * dy;
+            if (magnitude <= most) continue;
+            most = magnitude;
+            row.dx[i] = static_cast<short>(dx);
+            row.dy[i] = static_cast<short>(dy);
+        }
+        strong[i] = static_cast<uchar>(most > threshold ? 255 : 0);
+    }
+}
+#endif
+
+/// The derivatives of some columns of an image, row by row from top to bottom.
+class Derivatives {
+public:
+    Derivatives(const cv::Mat& image, cv::Range columns)
+        : rows_(image.rows),
+          channels_(static_cast<std::size_t>(image.channels())),
+          leftEdge_(columns.start == 0),
+          blurredColumns_(std::max(columns.start - 1, 0), std::min(columns.end + 1, image.cols)),
+          blur_(image, blurredColumns_),
+          blurred_(channels_, std::vector<short>(1 + blur_.writtenValues() + 1)),
+          kept_(channels_ * keptRows) {
+        const std::size_t width = wholeVectors(static_cast<std::size_t>(columns.size()));
+        for (NeighbourRow& row : kept_) row = {std::vector<short>(width), std::vector<short>(width)};
+        for (std::vector<short>& row : blurred_) row.resize(std::max(row.size(), width + 2));
+        for (std::vector<short>& row : blurred_) destinations_.push_back(row.data() + (leftEdge_ ? 1 : 0));
+    }
+
+    static std::size_t wholeVectors(std::size_t count) {
+        return (count + vectorShorts - 1) / vectorShorts * vectorShorts;
+    }
+
+    void at(int y, int threshold, DerivativeRow& row, std::vector<uchar>& strong) {
+        nextRow_ = std::max(nextRow_, std::max(y - 1, 0));
+        for (; nextRow_ <= std::min(y + 1, rows_ - 1); ++nextRow_) load(nextRow_);
+        three_.clear();
+        for (std::size_t k = 0; k < channels_; ++k) three_.emplace_back(kept(y - 1, k), kept(y, k), kept(y + 1, k));
+        keepStrongest(three_, threshold, row, strong);
+    }
+
+private:
+    /// What lies outside the image is its nearest row.
+    NeighbourRow& kept(int y, std::size_t channel) {
+        const int row = std::min(std::max(y, 0), rows_ - 1);
+        return kept_[static_cast<std::size_t>(row % keptRows) * channels_ + channel];
+    }
+
+    void load(int y) {
+        blur_.blur(y, destinations_.data());
+        for (std::size_t k = 0; k < channels_; ++k) {
+            // The blurred image has a replicated border of its own.
+            short* first = destinations_[k];
+            if (leftEdge_) blurred_[k][0] = first[0];
+            short* last = first + blurredColumns_.size() - 1;
+            last[1] = last[0];
+            formNeighbours(blurred_[k].data(), kept(y, k));
+        }
+    }
+
+    static void formNeighbours(const short* row, NeighbourRow& neighbours) {
+        short* difference = neighbours.difference.data();
+        short* sum = neighbours.sum.data();
+        const std::size_t width = neighbours.sum.size();
+        for (std::size_t i = 0; i < width; ++i) {
+            difference[i] = static_cast<short>(row[i + 2] - row[i]);
+            sum[i] = static_cast<short>(row[i] + 2 * row[i + 1] + row[i + 2]);
+        }
+    }
+
+    int rows_;
+    std::size_t channels_;
+    bool leftEdge_;
+    cv::Range blurredColumns_;
+    GaussianRows blur_;
+    std::vector<std::vector<short>> blurred_;
+    std::vector<short*> destinations_;
+    std::vector<NeighbourRow> kept_;
+    std::vector<ThreeRows> three_;
+    int nextRow_ = 0;
+};
+
+/// The labels of a row before the vote, and where the gradient is strong enough for an orientation.
+struct LabelRow {
+    std::vector<uchar> oneHot;
     std::vector<uchar> strong;  // 255 or 0
 };
 
-/// Three rows of one channel, beginning at the pixel to the left of the first derivative.
-struct ThreeRows {
-    const uchar* above;
-    const uchar* here;
-    const uchar* below;
-};
-
-struct Derivatives {
-    int dx;
-    int dy;
-};
-
-Derivatives sobelAt(const ThreeRows& rows, std::size_t i) {
-    return {(rows.above[i + 2] - rows.above[i]) + 2 * (rows.here[i + 2] - rows.here[i]) +
-                (rows.below[i + 2] - rows.below[i]),
-            (rows.below[i] + 2 * rows.below[i + 1] + rows.below[i + 2]) -
-                (rows.above[i] + 2 * rows.above[i + 1] + rows.above[i + 2])};
-}
-
-#if CV_SIMD128
-cv::v_int16x8 pixels(const uchar* eight) { return cv::v_reinterpret_as_s16(cv::v_load_expand(eight)); }
-
-/// A channel's derivatives at the leading eights of a row; those stronger than what the row holds replace it.
-std::size_t keepStrongestEights(const ThreeRows& rows, bool first, DerivativeRow& row) {
-    std::size_t i = 0;
-    for (; i + 8 <= row.dx.size(); i += 8) {
-        const cv::v_int16x8 aboveLeft = pixels(rows.above + i);
-        const cv::v_int16x8 aboveRight = pixels(rows.above + i + 2);
-        const cv::v_int16x8 belowLeft = pixels(rows.below + i);
-        const cv::v_int16x8 belowRight = pixels(rows.below + i + 2);
-        const cv::v_int16x8 middle = cv::v_sub(pixels(rows.here + i + 2), pixels(rows.here + i));
-        const cv::v_int16x8 vertical = cv::v_sub(pixels(rows.below + i + 1), pixels(rows.above + i + 1));
-        cv::v_int16x8 dx = cv::v_add(cv::v_sub(cv::v_add(aboveRight, belowRight), cv::v_add(aboveLeft, belowLeft)),
-                                     cv::v_add(middle, middle));
-        cv::v_int16x8 dy = cv::v_add(cv::v_sub(cv::v_add(belowLeft, belowRight), cv::v_add(aboveLeft, aboveRight)),
-                                     cv::v_add(vertical, vertical));
-        cv::v_int16x8 lowPairs;
-        cv::v_int16x8 highPairs;
-        cv::v_zip(dx, dy, lowPairs, highPairs);
-        cv::v_int32x4 low = cv::v_dotprod(lowPairs, lowPairs);
-        cv::v_int32x4 high = cv::v_dotprod(highPairs, highPairs);
-        if (!first) {
-            const cv::v_int32x4 lowBefore = cv::v_load(&row.magnitude[i]);
-            const cv::v_int32x4 highBefore = cv::v_load(&row.magnitude[i + 4]);
-            const cv::v_int16x8 stronger = cv::v_pack(cv::v_gt(low, lowBefore), cv::v_gt(high, highBefore));
-            dx = cv::v_select(stronger, dx, cv::v_load(&row.dx[i]));
-            dy = cv::v_select(stronger, dy, cv::v_load(&row.dy[i]));
-            low = cv::v_max(low, lowBefore);
-            high = cv::v_max(high, highBefore);
-        }
-        cv::v_store(&row.dx[i], dx);
-        cv::v_store(&row.dy[i], dy);
-        cv::v_store(&row.magnitude[i], low);
-        cv::v_store(&row.magnitude[i + 4], high);
-    }
-    return i;
-}
-#else
-std::size_t keepStrongestEights(const ThreeRows&, bool, DerivativeRow&) { return 0; }
-#endif
-
-/// On a tie the earlier channel stays.
-void keepStrongest(const ThreeRows& rows, bool first, DerivativeRow& row) {
-    for (std::size_t i = keepStrongestEights(rows, first, row); i < row.dx.size(); ++i) {
-        const Derivatives here = sobelAt(rows, i);
-        const int magnitude = here.dx * here.dx + here.dy * here.dy;
-        if (!first && magnitude <= row.magnitude[i]) continue;
-        row.dx[i] = static_cast<short>(here.dx);
-        row.dy[i] = static_cast<short>(here.dy);
-        row.magnitude[i] = magnitude;
-    }
-}
-
-/// The labels of a region before the vote, and where the gradient is strong enough for an orientation.
-struct Labels {
-    cv::Mat oneHot;
-    cv::Mat strong;
-};
-
-Labels labelsIn(const cv::Mat& image, const cv::Rect& rect, float weakThreshold) {
-    const cv::Rect withNeighbours = grown(rect, 1, image.size());
-    std::vector<cv::Mat> channels;
-    cv::split(blurredWithBorder(image, withNeighbours), channels);
-    Labels labels{cv::Mat(rect.size(), CV_8U), cv::Mat(rect.size(), CV_8U)};
-    DerivativeRow row(rect.width);
-    const int threshold = integerThreshold(weakThreshold);
-    // The bordered image begins one pixel before `withNeighbours`, and a derivative one pixel before its own place.
-    const int left = rect.x - withNeighbours.x;
-    const int top = rect.y - withNeighbours.y;
-    for (int r = 0; r < rect.height; ++r) {
-        for (std::size_t k = 0; k < channels.size(); ++k) {
-            const ThreeRows rows{channels[k].ptr(top + r) + left, channels[k].ptr(top + r + 1) + left,
-                                 channels[k].ptr(top + r + 2) + left};
-            keepStrongest(rows, k == 0, row);
-        }
-        oneHotDirections(row.dx.data(), row.dy.data(), labels.oneHot.ptr(r), rect.width);
-        auto* strong = labels.strong.ptr(r);
-        for (std::size_t i = 0; i < row.magnitude.size(); ++i) {
-            strong[i] = static_cast<uchar>(row.magnitude[i] > threshold ? 255 : 0);
-        }
-    }
-    return labels;
-}
-
 /// The outermost rows and columns of the image vote for label 0.
-void resetImageEdge(const cv::Rect& rect, cv::Size imageSize, cv::Mat& oneHot) {
-    const cv::Scalar zero(oneHotOf(0));
-    if (rect.x == 0) oneHot.col(0) = zero;
-    if (rect.y == 0) oneHot.row(0) = zero;
-    if (rect.br().x == imageSize.width) oneHot.col(oneHot.cols - 1) = zero;
-    if (rect.br().y == imageSize.height) oneHot.row(oneHot.rows - 1) = zero;
+void resetImageEdge(int y, const cv::Rect& voters, cv::Size imageSize, std::vector<uchar>& oneHot) {
+    constexpr auto zero = static_cast<uchar>(oneHotOf(0));
+    if (y == 0 || y == imageSize.height - 1) std::fill(oneHot.begin(), oneHot.end(), zero);
+    if (voters.x == 0) oneHot.front() = zero;
+    if (voters.br().x == imageSize.width) oneHot[static_cast<std::size_t>(voters.width) - 1] = zero;
+}
+
+/// Writes the orientations of a row's inner pixels, those that have voters on all sides.
+void keepMajority(const LabelRow& above, const LabelRow& here, const LabelRow& below, int width, uchar* orientations) {
+    majorityOfNine(above.oneHot.data(), here.oneHot.data(), below.oneHot.data(), orientations, width);
+    const uchar* strong = here.strong.data();
+    for (int x = 1; x < width - 1; ++x) orientations[x] = static_cast<uchar>(orientations[x] & strong[x]);
 }
 
 }  // namespace
@@ -179,20 +228,22 @@ bool canQuantiseRegions(const cv::Mat& image) {
 }
 
 void quantiseRegion(const cv::Mat& image, const cv::Rect& region, float weakThreshold, cv::Mat& quantised) {
-    const cv::Rect voters = grown(region, 1, image.size());
-    Labels labels = labelsIn(image, voters, weakThreshold);
-    resetImageEdge(voters, image.size(), labels.oneHot);
     quantised(region) = cv::Scalar(0);
-    // Rows and columns that have voters on all sides; the others are the image's edge and get no orientation.
-    const int width = voters.width;
-    std::vector<uchar> winners(static_cast<std::size_t>(width));
-    for (int r = 1; r < voters.height - 1; ++r) {
-        uchar* row = quantised.ptr(voters.y + r);
-        majorityOfNine(labels.oneHot.ptr(r - 1), labels.oneHot.ptr(r), labels.oneHot.ptr(r + 1), winners.data(), width);
-        const uchar* strong = labels.strong.ptr(r);
-        for (int c = 1; c < width - 1; ++c) {
-            row[voters.x + c] = static_cast<uchar>(winners[static_cast<std::size_t>(c)] & strong[c]);
-        }
+    const cv::Rect voters = grown(region, 1, image.size());
+    const int threshold = integerThreshold(weakThreshold);
+    Derivatives derivatives(image, cv::Range(voters.x, voters.br().x));
+    LabelRow labels[keptRows];
+    const auto labelsAt = [&](int y) -> LabelRow& { return labels[y % keptRows]; };
+    DerivativeRow row(Derivatives::wholeVectors(static_cast<std::size_t>(voters.width)));
+    for (LabelRow& kept : labels) kept = {std::vector<uchar>(row.dx.size()), std::vector<uchar>(row.dx.size())};
+    for (int y = voters.y; y < voters.br().y; ++y) {
+        LabelRow& here = labelsAt(y);
+        derivatives.at(y, threshold, row, here.strong);
+        oneHotDirections(row.dx.data(), row.dy.data(), here.oneHot.data(), static_cast<int>(row.dx.size()));
+        resetImageEdge(y, voters, image.size(), here.oneHot);
+        // The image's outermost rows and columns do not have voters on all sides and stay without orientation.
+        if (y < voters.y + 2) continue;
+        keepMajority(labelsAt(y - 2), labelsAt(y - 1), here, voters.width, quantised.ptr(y - 1) + voters.x);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "Includes/ResponseBits.h"
 
+#include <algorithm>
 #include <opencv2/core/hal/intrin.hpp>
 
 #include "Includes/OrientationLabel.h"
@@ -31,18 +32,20 @@ void packMissing(const uchar* spread, int count, int wanted, uchar* bits) {
 ResponseBits::ResponseBits(const cv::Mat& linearSpread, std::ptrdiff_t reach)
     : phases_(linearSpread.rows),
       stride_((linearSpread.cols + reach) / bitsInByte + 2),
-      bytes_(static_cast<std::size_t>(std::ptrdiff_t{labelCount} * phases_ * copies * stride_), uchar{255}) {
-    // Behind the last position all bits stay 1, in the shifted copies too.
+      bytes_(labelCount * phases_ * copies, static_cast<int>(stride_), CV_8U) {
+    // Behind the last position all bits are 1, in the shifted copies too.
     const std::ptrdiff_t filledBytes = linearSpread.cols / bitsInByte + 1;
-    uchar* array = bytes_.data();
+    uchar* array = bytes_.data;
     for (int label = 0; label < labelCount; ++label) {
         for (int phase = 0; phase < phases_; ++phase, array += copies * stride_) {
+            std::fill(array, array + stride_, uchar{255});
             packMissing(linearSpread.ptr(phase), linearSpread.cols, oneHotOf(label) | neighboursOf(label), array);
             for (int shift = 1; shift < copies; ++shift) {
                 uchar* shifted = array + shift * stride_;
                 for (std::ptrdiff_t i = 0; i < filledBytes; ++i) {
                     shifted[i] = static_cast<uchar>((array[i] | array[i + 1] << bitsInByte) >> shift);
                 }
+                std::fill(shifted + filledBytes, shifted + stride_, uchar{255});
             }
         }
     }

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <opencv2/core/mat.hpp>
-#include <vector>
 
 namespace line2Dup {
 
@@ -20,7 +19,7 @@ public:
     /// The bits of a label and phase from position `first` on.
     const uchar* from(int label, int phase, std::ptrdiff_t first) const {
         const std::ptrdiff_t array = (std::ptrdiff_t{label} * phases_ + phase) * copies + first % copies;
-        return bytes_.data() + array * stride_ + first / copies;
+        return bytes_.data + array * stride_ + first / copies;
     }
 
 private:
@@ -28,7 +27,7 @@ private:
 
     int phases_;
     std::ptrdiff_t stride_;
-    std::vector<uchar> bytes_;
+    cv::Mat bytes_;
 };
 
 }  // namespace line2Dup

@@ -1,5 +1,6 @@
 #include "Includes/ShapeVariantSet.h"
 
+#include <limits>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 
@@ -15,11 +16,12 @@ cv::Point2f MiddleOf(const cv::Mat& image) {
     return {static_cast<float>(image.cols) * 0.5f, static_cast<float>(image.rows) * 0.5f};
 }
 
+bool IsEnumerable(const std::vector<float>& range) { return range.size() == 1 || range.size() == 2; }
+
 /// The values of a range of one value or of two.
 std::vector<float> ValuesOf(const std::vector<float>& range, float step, float eps) {
     if (range.size() == 1) return range;
     std::vector<float> values;
-    if (range.size() != 2) return values;
     // Added up in float on purpose: it decides how many values there are and what the angles of all hits are.
     float value = range[0];
     while (value <= range[1] + eps) {
@@ -29,12 +31,21 @@ std::vector<float> ValuesOf(const std::vector<float>& range, float step, float e
     return values;
 }
 
+/// Whether a turn by no angle at its own size gives the image again to the bit: interpolation then has whole weights,
+/// and sums of them are exact for bytes. What `cv::warpAffine` refuses or cannot address is left to it.
+bool StaysAsItIs(const cv::Mat& image, float angle, float scale) {
+    constexpr int addressable = std::numeric_limits<short>::max();
+    return angle == 0.0f && scale == 1.0f && image.depth() == CV_8U && image.cols < addressable &&
+           image.rows < addressable;
+}
+
 }  // namespace
 
 ShapeVariantSet::ShapeVariantSet(const cv::Mat& image, const cv::Mat& imageMask)
     : src(image), mask(imageMask.empty() ? cv::Mat(image.size(), CV_8U, cv::Scalar(255)) : imageMask) {}
 
 void ShapeVariantSet::Produce(cv::Point2f targetOffset) {
+    variants.clear();
     if (angleRange.empty()) angleRange.push_back(0.0f);
     if (scaleRange.empty()) scaleRange.push_back(1.0f);
 
@@ -47,9 +58,10 @@ void ShapeVariantSet::Produce(cv::Point2f targetOffset) {
         variant.imageCentre = MiddleOf(src);
     }
 
-    const std::vector<float> angles = ValuesOf(angleRange, angleStep, eps);
+    if (!IsEnumerable(angleRange) || !IsEnumerable(scaleRange)) return;
     const std::vector<float> scales = ValuesOf(scaleRange, scaleStep, eps);
-    variants.clear();
+    if (scales.empty()) return;
+    const std::vector<float> angles = ValuesOf(angleRange, angleStep, eps);
     variants.reserve(angles.size() * scales.size());
     for (const float scale : scales) {
         for (const float angle : angles) {
@@ -62,6 +74,7 @@ void ShapeVariantSet::Produce(cv::Point2f targetOffset) {
 
 cv::Mat ShapeVariantSet::RotateImage(const cv::Mat& source, float angle, float scale) {
     if (source.empty()) return {};
+    if (StaysAsItIs(source, angle, scale)) return source.clone();
     const cv::Mat motion =
         cv::getRotationMatrix2D(MiddleOf(source), static_cast<double>(angle), static_cast<double>(scale));
     cv::Mat turned;

@@ -159,6 +159,13 @@ std::vector<int> Suppress(const std::vector<MatchHit>& hits, const Detector& det
     return indices;
 }
 
+/// The image without what exceeds whole blocks at its right and its lower edge. Filters look beyond the edges of a mere
+/// part of an image, so that it has to be copied, unless it is none.
+cv::Mat WholeBlocks(const cv::Mat& image) {
+    const cv::Mat part = image(cv::Rect(0, 0, image.cols / block * block, image.rows / block * block));
+    return part.isSubmatrix() ? part.clone() : part;
+}
+
 FillingMatch MatchOf(const MatchHit& hit, const Detector& detector, const ShapeVariant& variant) {
     const HitFrame frame(hit, detector);
     const cv::Point2f target =
@@ -260,8 +267,7 @@ std::vector<cv::Point2f> SmartFilling::ExtractTemplatePoints(const cv::Mat& imag
 std::vector<FillingMatch> SmartFilling::MatchTemplates(const cv::Mat& image, Detector& detector,
                                                        const std::vector<ShapeVariant>& variants,
                                                        int similarityPercent) const {
-    // A copy, since filters look beyond the edges of a mere part of an image.
-    const cv::Mat whole = image(cv::Rect(0, 0, image.cols / block * block, image.rows / block * block)).clone();
+    const cv::Mat whole = WholeBlocks(image);
     std::cout << "匹配图尺寸: "
               << "[" << whole.cols << " x " << whole.rows << "]" << std::endl;
     StageTimer timer;

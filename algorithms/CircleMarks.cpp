@@ -4,7 +4,7 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
-#include "framework/NumberText.h"
+#include "TruncateToInt.h"
 
 namespace Quorvane {
 

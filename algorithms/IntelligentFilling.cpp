@@ -1,5 +1,6 @@
 #include "algorithms/IntelligentFilling.h"
 
+#include <algorithm>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 #include <string>
@@ -7,6 +8,7 @@
 
 #include "Includes/line2Dup.h"
 #include "Includes/smartfilling.h"
+#include "TruncateToInt.h"
 #include "algorithms/TargetExtraction.h"
 #include "framework/NumberText.h"
 #include "geometry/ImageOperators.h"
@@ -20,7 +22,10 @@ constexpr int cameToItsEnd = 0;
 constexpr int targetNotFound = 1;
 constexpr int invalidParameters = 3;
 
+// Percentages lie between these two. Nothing is above the greatest, and everything is above a negative one, so that
+// figures beyond them find what these do; not-a-number, which nothing can reach, is taken as the greatest.
 constexpr double percent = 100.0;
+constexpr double belowAllPercentages = -1.0;
 
 /// Half the side in pixels of the square around the marked point that is asked for the object's colour.
 constexpr float sampleReach = 15.0f;
@@ -61,9 +66,16 @@ struct Job {
     std::vector<double> shapeY;
 };
 
+/// Towards zero: 0.291 gives 29.
+int WholePercent(double fraction) {
+    const double percentage = fraction * percent;
+    if (!(percentage < percent)) return static_cast<int>(percent);
+    return static_cast<int>(std::max(percentage, belowAllPercentages));
+}
+
 Job ReadJob(const AlgorithmParameters& parameters) {
     Job job;
-    job.similarityPercent = TruncateToInt(parameters.GetParameter("SimilarityMin").ToDouble() * percent);
+    job.similarityPercent = WholePercent(parameters.GetParameter("SimilarityMin").ToDouble());
     job.centre.x = static_cast<float>(parameters.GetParameter("TargetShapeCenter_X").ToDouble());
     job.centre.y = static_cast<float>(parameters.GetParameter("TargetShapeCenter_Y").ToDouble());
     job.shapeX = parameters.GetParameter("TargetShapePoints_X").ToDoubleVec();

@@ -48,8 +48,11 @@ namespace Quorvane {
 /// |        | with the number of parameters<vecTargetShapePoints_Y>."              | they have different lengths      |
 /// | 3      | "Can't find target template!"                                        | the region is over half the image|
 ///
-/// Exceptions of OpenCV reach the caller; so an object without any region of its own colour ends. An object with too
-/// few edges is status 0 with a count of 0. Notices go to standard output and standard error.
+/// An object with too few edges is status 0 with a count of 0. A similarity of 1 or more, or not-a-number, finds
+/// nothing. The lower it is, the more places are looked at and kept, and the time and the memory of a run grow with
+/// them: to gigabytes in a camera picture at 0 and below, where every place of every turn is good enough. Exceptions of
+/// OpenCV (for pictures of other types) and of conversions (for parameters that are no numbers) reach the caller.
+/// Notices go to standard output and standard error.
 class IntelligentFilling : public Algorithm {
 public:
     IntelligentFilling();

@@ -30,7 +30,8 @@ double LabColourDistance(const cv::Vec3b& bgrA, const cv::Vec3b& bgrB);
 /// part of the region is returned, traced along its outermost pixels.
 ///
 /// Empty where nothing was accepted, and for a seed outside the image or a `squareSize` below 1.
-/// Pixels are read as three bytes without a test of the image's type.
+/// Pixels are read as three bytes without a look at the image's type; only pixels of fewer bytes are refused, with a
+/// `cv::Exception`.
 ///
 /// `debug` shows the growth square by square in windows (see ColourRegionDisplay.h), waits for keys, and also closes
 /// gaps of the region before it is traced, so the result is not the same.

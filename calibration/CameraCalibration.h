@@ -30,7 +30,8 @@ namespace Quorvane::CameraCalibration {
 QUORVANE_EXPORT std::string GetLastError();
 
 // ---------------------------------------------------------------------------------------------------------------------
-// Calibration files: `cv::FileStorage` documents, YAML, XML or JSON by the file name's ending (YAML by default).
+// Calibration files: `cv::FileStorage` documents, YAML, XML or JSON by the file name's ending (YAML by default),
+// compressed for ".gz". A document nested more than 1000 levels deep or longer than a gigabyte counts as malformed.
 // ---------------------------------------------------------------------------------------------------------------------
 
 /// Writes the nodes `K`, `D` and `rms`, in this order. The matrices are written as they are, of any size and type.
@@ -105,7 +106,7 @@ QUORVANE_EXPORT bool FindCalibrationBoard(const cv::Mat& image, cv::Size pattern
 /// `charucoIds` the numbers of the chessboard corners found; `outImage` the picture with these corners drawn.
 /// `quality` is the root-mean-square reprojection error in pixels of a calibration made from this picture alone, by
 /// the fisheye model or by the pinhole model with rational and thin-prism terms. `refineMarkers` looks for the board's
-/// missing markers among the rejected candidates.
+/// missing markers among rejected candidates; deliberately it is given none, so that it has no effect.
 ///
 /// Last error: "[FindChArUcoBoard] : Image is empty!" (`quality` untouched); or, for fewer markers than 80 % of half
 /// the squares or fewer than 4 chessboard corners, this function's qualified name followed by " : Poor picture

@@ -67,7 +67,8 @@ public:
     /// -1.0 if not calibrated or for an unknown mode.
     double MachineToImage_Distance(double distance, const cv::Point2f& center, const DistanceMode& mode);
 
-    /// Whether a mapping has been made or loaded. Does not look at the homography.
+    /// Whether a mapping has been made or loaded. Does not look at the homography. The spelling of the name is
+    /// deliberate: hosts are built against it.
     bool IsCalibrateVaild();
 
     /// Writes the mapping to a `cv::FileStorage` document (YAML, XML or JSON by the file name's ending), calibrated or
@@ -89,11 +90,13 @@ public:
     cv::Point2f WarpPerspectivePoint(const cv::Point2f& imagePoint, const int& expansion);
 
     /// Machine positions for a calibration: a grid centred on the origin, row by row from (-width/2, +height/2) to
-    /// (+width/2, -height/2). Empty unless `pointsPerSide` is odd and at least 3.
+    /// (+width/2, -height/2). Empty unless `pointsPerSide` is odd and at least 3. The spelling of the name is
+    /// deliberate.
     std::vector<cv::Point2f> GenerateCailbratePointGrid(double width, double height, int pointsPerSide);
 
 private:
-    /// The terms 1, x, y, x^2, xy, y^2 of each point: N x 6, CV_64F.
+    /// The terms 1, x, y, x^2, xy, y^2 of each point: N x 6, CV_64F. Deliberately unused: the mapping is a homography,
+    /// and this is kept as a part of the class's interface.
     cv::Mat BuildPolynomialTerms(const std::vector<cv::Point2f>& points);
 
     bool isCalibrated;

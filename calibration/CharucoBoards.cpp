@@ -5,10 +5,10 @@
 #include <opencv2/objdetect/aruco_detector.hpp>
 #include <opencv2/objdetect/charuco_detector.hpp>
 
+#include "TruncateToInt.h"
 #include "calibration/CameraCalibration.h"
 #include "calibration/LastError.h"
 #include "calibration/ShotQuality.h"
-#include "calibration/TruncateToInt.h"
 
 namespace Quorvane::CameraCalibration {
 
@@ -160,6 +160,8 @@ bool FindChArUcoBoard(cv::InputArray image, int squaresX, int squaresY, float sq
         const cv::aruco::CharucoBoard board = BoardOf(squaresX, squaresY, squareLength, markerLength, dictionary);
         const cv::aruco::CharucoDetector boardDetector = BoardDetector(board);
         if (refineMarkers) {
+            // Deliberately without candidates, so that no marker is added: hosts compare the ratings of shots with each
+            // other, and these hang on the markers used.
             std::vector<std::vector<cv::Point2f>> noCandidates;
             markerDetector.refineDetectedMarkers(markerImage, board, markers.corners, markers.ids, noCandidates);
         }

@@ -62,13 +62,12 @@ cv::Mat EvenedImage(const cv::Mat& gray) {
     return filtered;
 }
 
-bool FindBoardEitherWay(const cv::Mat& gray, cv::Size pattern, const CircleSearch& search,
-                        std::vector<cv::Point2f>& centers, cv::Size& found) {
+bool FindBoardEitherWay(const cv::Mat& gray, cv::Size pattern, const CircleSearch& search, BoardView& view) {
     const cv::Mat evened = EvenedImage(gray);
     for (const cv::Size& tried : {pattern, cv::Size(pattern.height, pattern.width)}) {
         for (const cv::Mat& picture : {gray, evened}) {
-            if (!search(picture, tried, centers)) continue;
-            found = tried;
+            if (!search(picture, tried, view.centers)) continue;
+            view.positions = GenerateActualPositions(tried.width, tried.height, unitPitch);
             return true;
         }
     }

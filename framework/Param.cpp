@@ -4,6 +4,7 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "TruncateToInt.h"
 #include "framework/NumberText.h"
 
 namespace Quorvane {

@@ -149,8 +149,9 @@ void SizesAndPictures(benchmark::internal::Benchmark* rows) {
         for (const int noise : {0, 5, 10}) rows->Args({size, noise, 100, 80});
         rows->Args({size, 5, 75, 80})->Args({size, 5, 50, 80});
     }
-    for (const int similarity : {60, 70, 75, 85, 90, 95}) rows->Args({120, 5, 75, similarity});
-    for (const int similarity : {60, 70, 75, 85, 90, 95}) rows->Args({60, 5, 75, similarity});
+    for (const int size : {40, 60, 80, 120, 160, 200}) {
+        for (const int similarity : {60, 70, 75, 85, 90, 95}) rows->Args({size, 5, 75, similarity});
+    }
 }
 
 BENCHMARK(Accuracy)

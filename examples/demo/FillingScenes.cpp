@@ -66,6 +66,17 @@ std::vector<cv::Point2f> InPicture(const std::vector<cv::Point2d>& inPart, const
 
 }  // namespace
 
+FillingScene PhotographedCoins() {
+    FillingScene scene;
+    cv::resize(LoadColourPicture("coins.png"), scene.picture, {}, 2.0, 2.0, cv::INTER_CUBIC);
+    // The second coin of the first row; the job is a cross.
+    scene.mark = {200.0, 114.0};
+    const auto at = [&](double x, double y) { return cv::Point2f(scene.mark + cv::Point2d(x, y)); };
+    scene.shape = {at(-6, -24), at(6, -24), at(6, -6), at(24, -6), at(24, 6),   at(6, 6),
+                   at(6, 24),   at(-6, 24), at(-6, 6), at(-24, 6), at(-24, -6), at(-6, -6)};
+    return scene;
+}
+
 FillingScene CupsOnGravel() {
     FillingScene scene;
     cv::Mat gravel;

@@ -22,6 +22,7 @@ int main(int argumentCount, char** arguments) {
     const std::vector<std::pair<std::string, std::function<void(Demo::Report&)>>> sections{
         {"laser dots", Demo::LaserDotsSection},
         {"mark points", Demo::MarkPointsSection},
+        {"shape matcher", Demo::ShapeMatcherSection},
         {"filling", Demo::FillingSection},
         {"image operators", Demo::ImageOperatorsSection},
         {"change detection", Demo::ChangeDetectionSection},

@@ -8,6 +8,7 @@ namespace Demo {
 /// its own name; Main.cpp lists them in the order of the page.
 void LaserDotsSection(Report& report);
 void MarkPointsSection(Report& report);
+void ShapeMatcherSection(Report& report);
 void FillingSection(Report& report);
 void ImageOperatorsSection(Report& report);
 void ChangeDetectionSection(Report& report);

@@ -37,28 +37,27 @@ TEST(OffsetInBlock, IsTheMiddleOfTheBlock) {
 
 TEST(WindowCentre, IsTwiceThePositionAndOne) {
     const ShapeTemplate templ{30, 20, 0, 0, 0, {}};
-    EXPECT_EQ(windowCentre(HitAt(20, 24), templ, {200, 100}, 1), cv::Point(41, 49));
+    EXPECT_EQ(windowCentre(cv::Point(20, 24), templ, {200, 100}, 1), cv::Point(41, 49));
 }
 
 TEST(WindowCentre, KeepsTheTemplateEightStepsFromTheEdges) {
     const ShapeTemplate templ{30, 20, 0, 0, 0, {}};
-    EXPECT_EQ(windowCentre(HitAt(0, 1), templ, {200, 100}, 1), cv::Point(8, 8));
-    EXPECT_EQ(windowCentre(HitAt(90, 49), templ, {200, 100}, 1), cv::Point(162, 72));
-    EXPECT_EQ(windowCentre(HitAt(0, 49), templ, {200, 100}, 2), cv::Point(16, 64));
+    EXPECT_EQ(windowCentre(cv::Point(0, 1), templ, {200, 100}, 1), cv::Point(8, 8));
+    EXPECT_EQ(windowCentre(cv::Point(90, 49), templ, {200, 100}, 1), cv::Point(162, 72));
+    EXPECT_EQ(windowCentre(cv::Point(0, 49), templ, {200, 100}, 2), cv::Point(16, 64));
 }
 
 TEST(WindowCentre, LetsTheUpperLimitWinForATemplateTooLargeForBoth) {
     const ShapeTemplate templ{195, 20, 0, 0, 0, {}};
-    EXPECT_EQ(windowCentre(HitAt(20, 24), templ, {200, 100}, 1).x, -3);
+    EXPECT_EQ(windowCentre(cv::Point(20, 24), templ, {200, 100}, 1).x, -3);
 }
 
-TEST(RefineHit, MovesToTheFirstGreatestSum) {
+TEST(RefinedPlace, MovesToTheFirstGreatestSum) {
     cv::Mat window = EmptyWindow();
     At(window, 5, 9) = 40;
     At(window, 5, 11) = 50;
     At(window, 9, 3) = 50;
-    MatchHit hit = HitAt(0, 0);
-    refineHit(hit, window, 16, {100, 60}, 1);
+    const RefinedPlace hit = refinedPlace(window, 16, {100, 60}, 1);
     EXPECT_EQ(hit.x, 100 - 8 + 11);
     EXPECT_EQ(hit.y, 60 - 8 + 5);
     EXPECT_EQ(hit.similarity, 50.0f * 100.0f / 64.0f);
@@ -66,43 +65,39 @@ TEST(RefineHit, MovesToTheFirstGreatestSum) {
     EXPECT_EQ(hit.subY, 57.0f);
 }
 
-TEST(RefineHit, WeighsTheThreeByThreePositionsAround) {
+TEST(RefinedPlace, WeighsTheThreeByThreePositionsAround) {
     cv::Mat window = EmptyWindow();
     At(window, 4, 4) = 30;
     At(window, 4, 5) = 10;
     At(window, 5, 4) = 20;
-    MatchHit hit = HitAt(0, 0);
-    refineHit(hit, window, 16, {8, 8}, 1);
+    const RefinedPlace hit = refinedPlace(window, 16, {8, 8}, 1);
     EXPECT_EQ(hit.x, 4);
     EXPECT_EQ(hit.subX, 250.0f / 60.0f);
     EXPECT_EQ(hit.subY, 260.0f / 60.0f);
 }
 
-TEST(RefineHit, LeavesPositionsOutsideTheWindowOut) {
+TEST(RefinedPlace, LeavesPositionsOutsideTheWindowOut) {
     cv::Mat window = EmptyWindow();
     At(window, 0, 15) = 30;
     At(window, 1, 14) = 10;
     At(window, 1, 0) = 29;  // follows (0, 15) in memory
-    MatchHit hit = HitAt(0, 0);
-    refineHit(hit, window, 16, {8, 8}, 1);
+    const RefinedPlace hit = refinedPlace(window, 16, {8, 8}, 1);
     EXPECT_EQ(hit.subX, (30.0f * 15.0f + 10.0f * 14.0f) / 40.0f);
     EXPECT_EQ(hit.subY, 10.0f / 40.0f);
 }
 
-TEST(RefineHit, CountsInStepsAndWithTheBlocksOffset) {
+TEST(RefinedPlace, CountsInStepsAndWithTheBlocksOffset) {
     cv::Mat window = EmptyWindow();
     At(window, 2, 3) = 9;
-    MatchHit hit = HitAt(0, 0);
-    refineHit(hit, window, 16, {43, 50}, 4);
+    const RefinedPlace hit = refinedPlace(window, 16, {43, 50}, 4);
     EXPECT_EQ(hit.x, (10 - 8 + 3) * 4 + 1);
     EXPECT_EQ(hit.y, (12 - 8 + 2) * 4 + 1);
     EXPECT_EQ(hit.subX, 21.0f);
 }
 
-TEST(RefineHit, PutsAWindowWithoutResponsesBeforeItsFirstPosition) {
+TEST(RefinedPlace, PutsAWindowWithoutResponsesBeforeItsFirstPosition) {
     const cv::Mat window = EmptyWindow();
-    MatchHit hit = HitAt(0, 0);
-    refineHit(hit, window, 16, {20, 30}, 1);
+    const RefinedPlace hit = refinedPlace(window, 16, {20, 30}, 1);
     EXPECT_EQ(hit.x, 11);
     EXPECT_EQ(hit.y, 21);
     EXPECT_EQ(hit.subX, 11.0f);

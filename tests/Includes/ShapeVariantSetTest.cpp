@@ -178,10 +178,40 @@ TEST(RotateImage, LosesCornersAndFillsUpWithZero) {
     EXPECT_EQ(turned.at<uchar>(5, 15), 200);
 }
 
-TEST(RotateImage, WithoutATurnIsTheImage) {
-    const cv::Mat image = RandomInput(63).Image({31, 22}, 3);
-    EXPECT_THAT(ShapeVariantSet::RotateImage(image, 0.0f, 1.0f), EqualsMat(image));
+TEST(RotateImage, WithoutATurnIsTheImageAsTheInterpolationGivesIt) {
+    RandomInput random(63);
+    for (int i = 0; i < 40; ++i) {
+        const cv::Mat image = random.Image({random.Integer(1, 70), random.Integer(1, 70)}, i % 5 + 1);
+        const cv::Point2f middle(static_cast<float>(image.cols) / 2.0f, static_cast<float>(image.rows) / 2.0f);
+        cv::Mat expected;
+        cv::warpAffine(image, expected, cv::getRotationMatrix2D(middle, 0.0, 1.0), image.size(), cv::INTER_LINEAR,
+                       cv::BORDER_CONSTANT, cv::Scalar());
+        const cv::Mat turned = ShapeVariantSet::RotateImage(image, 0.0f, 1.0f);
+        EXPECT_THAT(turned, EqualsMat(expected));
+        EXPECT_THAT(turned, EqualsMat(image));
+        EXPECT_NE(turned.data, image.data);
+    }
 }
 
+TEST(RotateImage, WithoutATurnRefusesWhatATurnRefuses) {
+    const cv::Mat image(9, 12, CV_32SC1, cv::Scalar(3));
+    EXPECT_THROW(ShapeVariantSet::RotateImage(image, 30.0f, 1.0f), cv::Exception);
+    EXPECT_THROW(ShapeVariantSet::RotateImage(image, 0.0f, 1.0f), cv::Exception);
+}
+
+TEST(ShapeVariantSet, ARangeOfImpossibleSizeEndsWhateverTheOthersStepIs) {
+    EXPECT_THAT(SetOf({0.0f, 360.0f}, 0.0f, {1.0f, 2.0f, 3.0f}, 1.0f).variants, IsEmpty());
+    EXPECT_THAT(SetOf({0.0f, 10.0f, 20.0f}, 10.0f, {1.0f, 2.0f}, 0.0f).variants, IsEmpty());
+    // No scale, so that the loop of the angles is never entered.
+    EXPECT_THAT(SetOf({0.0f, 360.0f}, 0.0f, {2.0f, 1.0f}, 0.5f).variants, IsEmpty());
+}
+
+TEST(ShapeVariantSet, ForgetsItsVariantsBeforeAMaskCanBeRefused) {
+    ShapeVariantSet set = SetOf({0.0f, 10.0f}, 10.0f, {}, 0.5f);
+    ASSERT_THAT(set.variants, SizeIs(2));
+    set.mask = cv::Mat(14, 21, CV_32F, cv::Scalar(1));
+    EXPECT_THROW(set.Produce(target), cv::Exception);
+    EXPECT_THAT(set.variants, IsEmpty());
+}
 }  // namespace
 }  // namespace Quorvane

@@ -2,19 +2,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <memory>
 #include <opencv2/imgproc.hpp>
-#include <stdexcept>
 
 #include "algorithms/CircleMarks.h"
-#include "framework/AlgorithmFactory.h"
 #include "framework/NumberText.h"
+#include "tests/algorithms/MarkPointFixture.h"
 #include "tests/support/MarkPlate.h"
 #include "tests/support/Matchers.h"
 #include "tests/support/Pictures.h"
-#include "tests/support/RandomInput.h"
 #include "tests/support/Scene.h"
 
 namespace Quorvane {
@@ -27,72 +23,15 @@ using testing::SizeIs;
 using testing::UnorderedElementsAre;
 using TestSupport::Disc;
 using TestSupport::EqualsMat;
-using TestSupport::ExpectThrowWithText;
 using TestSupport::MarkPlate;
-using TestSupport::RandomInput;
 using TestSupport::Scene;
 
 namespace {
 
-using Texts = std::vector<std::string>;
-
-const Texts listNames{"MarkPoint_X", "MarkPoint_Y", "MarkPoint_Similarity", "MarkPoint_Radius"};
 const Texts sortModes{"Similarity_Ascendingorder", "Similarity_Descendingorder", "DistToImgCenter_Ascendingorder",
                       "DistToImgCenter_Descendingorder"};
 
-constexpr const char* radiusMessage = "[FindMarkPoint] Param(Radius) is invalid!";
-constexpr const char* crossMessage = "[FindMarkPoint] Param(iCrossWidth/iCrossHeight) is invalid!";
-
-class FindMarkPointTest : public testing::Test {
-protected:
-    std::string ErrorMessage() {
-        std::string message;
-        algorithm->GetErrorMsg(message);
-        return message;
-    }
-
-    void SetSearch(double radius, double similarityMin, const std::string& sortMode = "none") {
-        algorithm->SetParameter("Radius", radius);
-        algorithm->SetParameter("SimilarityMin", similarityMin);
-        algorithm->SetParameter("SortMode", sortMode);
-    }
-
-    cv::Mat Run(const cv::Mat& source) {
-        cv::Mat destination;
-        EXPECT_EQ(algorithm->Execute(source, destination), 0);
-        return destination;
-    }
-
-    /// One line of texts for each mark: x, y, similarity, radius.
-    std::vector<Texts> Lines() {
-        std::vector<Texts> lines(algorithm->GetResultValues(listNames[0]).size());
-        for (const std::string& name : listNames) {
-            const Texts values = algorithm->GetResultValues(name);
-            EXPECT_EQ(values.size(), lines.size()) << name;
-            for (std::size_t i = 0; i < values.size(); ++i) lines.at(i).push_back(values[i]);
-        }
-        EXPECT_THAT(algorithm->GetResultValues("FindCount"), ElementsAre(std::to_string(lines.size())));
-        return lines;
-    }
-
-    /// The data results, for comparison before and after a run.
-    std::vector<Texts> Data() {
-        std::vector<Texts> data{algorithm->GetResultValues("FindCount")};
-        for (const std::string& name : listNames) data.push_back(algorithm->GetResultValues(name));
-        return data;
-    }
-
-    std::unique_ptr<Algorithm> algorithm{AlgorithmFactory().CreateAlgorithm("FindMarkPoint")};
-};
-
-/// Six marks of radius 24 in differing contrast, so that all similarities differ.
-cv::Mat SixMarks() {
-    Scene scene({400, 300}, 40.0);
-    const std::vector<cv::Point2d> centres = MarkPlate{{400, 300}, {3, 2}, 24.0}.Centres();
-    double brightness = 250.0;
-    for (const cv::Point2d& centre : centres) scene.Paint(Disc(centre, 24.0), brightness -= 30.0);
-    return scene.Blur(0.8).Noise(3.0, 5).Colour();
-}
+class FindMarkPointTest : public MarkPointFixture {};
 
 TEST_F(FindMarkPointTest, DeclaresItsParametersAndResults) {
     Texts names;
@@ -109,7 +48,7 @@ TEST_F(FindMarkPointTest, DeclaresItsParametersAndResults) {
                                             "MarkPoint_Similarity"));
     EXPECT_THAT(algorithm->GetResultValues("AlgorithmErrorMsg"), ElementsAre(""));
     EXPECT_THAT(algorithm->GetResultValues("FindCount"), ElementsAre("0"));
-    for (const std::string& name : listNames) EXPECT_THAT(algorithm->GetResultValues(name), IsEmpty()) << name;
+    for (const std::string& name : markLists) EXPECT_THAT(algorithm->GetResultValues(name), IsEmpty()) << name;
 }
 
 TEST_F(FindMarkPointTest, RefusesAnEmptyImageAndLeavesTheDestinationAlone) {
@@ -292,7 +231,7 @@ TEST_F(FindMarkPointTest, FindingNothingIsSuccessWithEmptyLists) {
     EXPECT_THAT(algorithm->GetResultValues("FindCount"), ElementsAre("0"));
     Texts names;
     algorithm->GetResultNameList(names);
-    for (const std::string& name : listNames) {
+    for (const std::string& name : markLists) {
         EXPECT_THAT(algorithm->GetResultValues(name), IsEmpty()) << name;
         EXPECT_THAT(names, Contains(name));
     }
@@ -316,188 +255,6 @@ TEST_F(FindMarkPointTest, TheRadiusResultAppearsWithTheFirstRunForCircles) {
     Run(SixMarks());
     algorithm->GetResultNameList(names);
     EXPECT_THAT(names, Contains("MarkPoint_Radius"));
-}
-
-TEST_F(FindMarkPointTest, RefusesARadiusThatIsNotPositiveAndKeepsTheOldResults) {
-    const cv::Mat picture = SixMarks();
-    SetSearch(24.0, 0.7);
-    Run(picture);
-    const auto before = Data();
-    const auto expectRefused = [&] {
-        cv::Mat destination;
-        EXPECT_EQ(algorithm->Execute(picture, destination), 3);
-        EXPECT_EQ(ErrorMessage(), radiusMessage);
-        EXPECT_THAT(destination, EqualsMat(picture));
-        EXPECT_EQ(Data(), before);
-    };
-    for (const int radius : {0, -3}) {
-        algorithm->SetParameter("Radius", radius);
-        expectRefused();
-    }
-    algorithm->SetParameter("Radius", std::string("0"));
-    expectRefused();
-    algorithm->SetParameter("Radius", std::nan(""));
-    expectRefused();
-}
-
-TEST_F(FindMarkPointTest, AMessageOutlivesALaterSuccess) {
-    algorithm->SetParameter("Radius", 0);
-    cv::Mat destination;
-    EXPECT_EQ(algorithm->Execute(SixMarks(), destination), 3);
-    SetSearch(24.0, 0.7);
-    Run(SixMarks());
-    EXPECT_THAT(Lines(), SizeIs(6));
-    EXPECT_EQ(ErrorMessage(), radiusMessage);
-    // Only the next failure replaces it.
-    EXPECT_EQ(algorithm->Execute(cv::Mat(), destination), 2);
-    EXPECT_THAT(algorithm->GetResultValues("AlgorithmErrorMsg"),
-                ElementsAre("[FindMarkPoint] SourceImage is invalid!"));
-}
-
-TEST_F(FindMarkPointTest, ReadsTheRadiusWithItsFractionAndFromText) {
-    const cv::Mat picture = SixMarks();
-    SetSearch(24.25, 0.7);
-    Run(picture);
-    const auto lines = Lines();
-    algorithm->SetParameter("Radius", std::string(" 24.25 pixels"));
-    Run(picture);
-    EXPECT_EQ(Lines(), lines);
-}
-
-TEST_F(FindMarkPointTest, ASimilarityAboveOneFindsNothing) {
-    for (const double similarityMin : {1.01, 1.5, 3.0, 1e6}) {
-        SetSearch(24.0, similarityMin);
-        const cv::Mat picture = SixMarks();
-        EXPECT_THAT(Run(picture), EqualsMat(picture));
-        EXPECT_THAT(Lines(), IsEmpty()) << similarityMin;
-        EXPECT_EQ(ErrorMessage(), "");
-    }
-}
-
-TEST_F(FindMarkPointTest, ASimilarityOfOneLeavesNoToleranceAndFindsNothing) {
-    const cv::Mat picture = MarkPlate{{300, 240}, {1, 1}, 30.0}.Render().Gray();
-    SetSearch(30.0, 1.0);
-    EXPECT_THAT(Run(picture), EqualsMat(picture));
-    EXPECT_THAT(Lines(), IsEmpty());
-}
-
-TEST_F(FindMarkPointTest, ASimilarityOfZeroTakesRadiiUpToTwiceTheExpectedOne) {
-    const cv::Mat picture = Scene({300, 200}, 40.0)
-                                .Paint(Disc({91.0, 101.0}, 12.0), 220.0)
-                                .Paint(Disc({201.0, 101.0}, 38.0), 220.0)
-                                .Colour();
-    std::vector<cv::Point2f> centres;
-    std::vector<double> radii;
-    std::vector<double> similarities;
-    FindCircleMarks(picture, 20.0, 20.0, 0.0, centres, radii, similarities);
-    ASSERT_THAT(radii, Contains(testing::Gt(36.0)));
-    ASSERT_THAT(radii, Contains(testing::Lt(14.0)));
-    SetSearch(20.0, 0.0);
-    Run(picture);
-    Texts expected;
-    for (const double radius : radii) expected.push_back(FixedText(radius));
-    EXPECT_EQ(algorithm->GetResultValues("MarkPoint_Radius"), expected);
-}
-
-TEST_F(FindMarkPointTest, ACrossNeedsWidthAndHeight) {
-    const cv::Mat picture = SixMarks();
-    SetSearch(24.0, 0.7);
-    Run(picture);
-    const auto before = Data();
-    algorithm->SetParameter("MarkPointType", std::string("Cross"));
-    const auto expectRefused = [&] {
-        cv::Mat destination;
-        EXPECT_EQ(algorithm->Execute(picture, destination), 3);
-        EXPECT_EQ(ErrorMessage(), crossMessage);
-        EXPECT_THAT(destination, EqualsMat(picture));
-        EXPECT_EQ(Data(), before);
-    };
-    expectRefused();
-    algorithm->SetParameter("Width", 5);
-    expectRefused();
-    algorithm->SetParameter("Height", 0);
-    expectRefused();
-    algorithm->SetParameter("Height", -7);
-    expectRefused();
-    algorithm->SetParameter("Width", 0.9);
-    algorithm->SetParameter("Height", 7);
-    expectRefused();
-}
-
-TEST_F(FindMarkPointTest, ReadingACrossAddsNoParameter) {
-    algorithm->SetParameter("MarkPointType", std::string("Cross"));
-    cv::Mat destination;
-    EXPECT_EQ(algorithm->Execute(SixMarks(), destination), 3);
-    Texts names;
-    algorithm->GetParameterNameList(names);
-    EXPECT_THAT(names, SizeIs(4));
-}
-
-TEST_F(FindMarkPointTest, ACrossIsNotSearchedFor) {
-    const cv::Mat picture = SixMarks();
-    SetSearch(24.0, 0.7);
-    Run(picture);
-    const auto before = Data();
-    algorithm->SetParameter("MarkPointType", std::string("Cross"));
-    algorithm->SetParameter("Width", 5);
-    algorithm->SetParameter("Height", 3);
-    algorithm->SetParameter("Radius", 0);  // not read
-    const cv::Mat destination = Run(picture);
-    EXPECT_THAT(destination, EqualsMat(picture));
-    EXPECT_NE(destination.data, picture.data);
-    EXPECT_EQ(Data(), before);
-    EXPECT_EQ(ErrorMessage(), "");
-}
-
-TEST_F(FindMarkPointTest, AnotherTypeDoesNothingButTheCopy) {
-    const cv::Mat picture = SixMarks();
-    SetSearch(24.0, 0.7);
-    Run(picture);
-    const auto before = Data();
-    algorithm->SetParameter("Radius", 0);  // not read
-    for (const char* type : {"circle", "CROSS", "", "Circle "}) {
-        algorithm->SetParameter("MarkPointType", std::string(type));
-        EXPECT_THAT(Run(picture), EqualsMat(picture)) << type;
-        EXPECT_EQ(Data(), before) << type;
-        EXPECT_EQ(ErrorMessage(), "") << type;
-    }
-}
-
-TEST_F(FindMarkPointTest, TextsWithoutNumberReachTheHostAsExceptions) {
-    const cv::Mat picture = SixMarks();
-    cv::Mat destination;
-    const auto run = [&] { algorithm->Execute(picture, destination); };
-    algorithm->SetParameter("Radius", std::string("wide"));
-    ExpectThrowWithText<std::invalid_argument>(run, "invalid stod argument");
-    EXPECT_THAT(destination, EqualsMat(picture));
-    algorithm->SetParameter("Radius", 24);
-    algorithm->SetParameter("SimilarityMin", std::string("much"));
-    ExpectThrowWithText<std::invalid_argument>(run, "invalid stod argument");
-    algorithm->SetParameter("SimilarityMin", 0.7);
-    algorithm->SetParameter("MarkPointType", std::string("Cross"));
-    algorithm->SetParameter("Width", std::string("wide"));
-    ExpectThrowWithText<std::invalid_argument>(run, "invalid stoi argument");
-    EXPECT_EQ(ErrorMessage(), "");
-}
-
-TEST_F(FindMarkPointTest, ReadsTheLeastSimilarityForEveryType) {
-    const cv::Mat picture = SixMarks();
-    SetSearch(24.0, 0.7);
-    Run(picture);
-    const auto before = Data();
-    algorithm->SetParameter("Width", 5);
-    algorithm->SetParameter("Height", 3);
-    algorithm->SetParameter("SimilarityMin", std::string("much"));
-    for (const char* type : {"Circle", "Cross", "circle"}) {
-        SCOPED_TRACE(type);
-        algorithm->SetParameter("MarkPointType", std::string(type));
-        cv::Mat destination;
-        ExpectThrowWithText<std::invalid_argument>([&] { algorithm->Execute(picture, destination); },
-                                                   "invalid stod argument");
-        EXPECT_THAT(destination, EqualsMat(picture));
-        EXPECT_EQ(Data(), before);
-        EXPECT_EQ(ErrorMessage(), "");
-    }
 }
 
 TEST_F(FindMarkPointTest, RefusedPicturesReachTheHostAsExceptionsAfterTheCopy) {

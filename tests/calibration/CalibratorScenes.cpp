@@ -95,6 +95,12 @@ CameraCalibrator WithHomography(const cv::Mat& homography, cv::Size picture) {
     return calibrator;
 }
 
+CameraCalibrator UncalibratedWith(const cv::Mat& homography) {
+    CameraCalibrator calibrator;
+    calibrator.*Open(HomographyField()) = homography;
+    return calibrator;
+}
+
 cv::Mat HomographyOf(const CameraCalibrator& calibrator) { return calibrator.*Open(HomographyField()); }
 
 cv::Mat PolynomialTermsOf(const std::vector<cv::Point2f>& points) {

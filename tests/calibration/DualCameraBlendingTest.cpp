@@ -9,7 +9,6 @@
 
 #include "calibration/CameraCalibration.h"
 #include "calibration/LastError.h"
-#include "calibration/TruncateToInt.h"
 #include "tests/support/Matchers.h"
 #include "tests/support/RandomInput.h"
 #include "tests/support/TwoCameras.h"
@@ -305,17 +304,6 @@ TEST(DoBlendingImageForDualCam, MayOverwriteOneOfItsPictures) {
         ASSERT_TRUE(DoBlendingImageForDualCam(blending.image1, upright, blending.image2, upright, 1.0, 1.0,
                                               blending.homography, blending.seamX, blending.image2));
         EXPECT_THAT(blending.image2, EqualsMat(expected.blended));
-    }
-}
-
-TEST(TruncateToInt, OfADoubleCutsTowardZeroAndSendsTheRestToTheLeastInt) {
-    const int least = std::numeric_limits<int>::min();
-    EXPECT_EQ(TruncateToInt(124.998), 124);
-    EXPECT_EQ(TruncateToInt(-0.9), 0);
-    EXPECT_EQ(TruncateToInt(2147483647.5), 2147483647);
-    EXPECT_EQ(TruncateToInt(-2147483648.5), least);
-    for (const double beyond : {2147483648.0, -2147483649.0, 1e300, std::numeric_limits<double>::quiet_NaN()}) {
-        EXPECT_EQ(TruncateToInt(beyond), least);
     }
 }
 

@@ -20,7 +20,8 @@ GradientImages ComputeGradients(const cv::Mat& source, float weakThreshold) {
     cv::Mat strongestDx(source.size(), CV_32F);
     cv::Mat strongestDy(source.size(), CV_32F);
     images.magnitude.create(source.size(), CV_32F);
-    const int channels = source.channels();
+    // Pixels of four channels are read as if they had three.
+    const int channels = std::min(source.channels(), 3);
     for (int r = 0; r < source.rows; ++r) {
         for (int c = 0; c < source.cols; ++c) {
             const float* x = dx.ptr<float>(r) + c * channels;

@@ -8,8 +8,8 @@
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 
+#include "TruncateToInt.h"
 #include "framework/AlgorithmFactory.h"
-#include "framework/NumberText.h"
 #include "framework/Param.h"
 #include "tests/robustness/NumberMatrix.h"
 #include "tests/robustness/OutcomeTable.h"

@@ -2,10 +2,11 @@
 
 #include <limits>
 
-namespace Quorvane::UtilityFunctions {
+namespace Quorvane {
 
-/// Truncates toward zero. Values that no `int` holds, not-a-number among them, give the least `int`, as the
-/// conversion instruction of the desktop processors does; the language leaves that case undefined.
+/// Truncates toward zero. Values that no `int` holds, not-a-number among them, give the least `int`, as the conversion
+/// instruction of the desktop processors does; the language leaves that case undefined. A `float` is the same number as
+/// a `double`, so it has the same result.
 inline int TruncateToInt(double value) {
     constexpr double lowest = std::numeric_limits<int>::min();
     constexpr double highest = std::numeric_limits<int>::max();
@@ -13,4 +14,4 @@ inline int TruncateToInt(double value) {
     return std::numeric_limits<int>::min();
 }
 
-}  // namespace Quorvane::UtilityFunctions
+}  // namespace Quorvane
