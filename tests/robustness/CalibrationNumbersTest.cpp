@@ -62,7 +62,8 @@ TEST(NumberMatrix, CalibratorNumbers) {
              cv::Mat K = (cv::Mat_<double>(3, 3) << 40, 0, 15, 0, 40, 11, 0, 0, 1);
              cv::Mat D = (cv::Mat_<double>(4, 1) << 0.1, 0.0, 0.0, 0.0);
              cv::Mat straight;
-             return Told(UnDistortedImage(cv::Mat(23, 31, CV_8UC1), K, D, v, 1.0, straight), "UnDistortedImage");
+             return Told(UnDistortedImage(cv::Mat(23, 31, CV_8UC1, cv::Scalar(7)), K, D, v, 1.0, straight),
+                         "UnDistortedImage");
          },
          [](double) { return "true"; }},
         {"UnDistortedImage, coefficient",
@@ -70,7 +71,8 @@ TEST(NumberMatrix, CalibratorNumbers) {
              cv::Mat K = (cv::Mat_<double>(3, 3) << 40, 0, 15, 0, 40, 11, 0, 0, 1);
              cv::Mat D = (cv::Mat_<double>(4, 1) << v, 0.0, -v, 0.0);
              cv::Mat straight;
-             return Told(UnDistortedImage(cv::Mat(23, 31, CV_8UC1), K, D, 1.0, 1.0, straight), "UnDistortedImage");
+             return Told(UnDistortedImage(cv::Mat(23, 31, CV_8UC1, cv::Scalar(7)), K, D, 1.0, 1.0, straight),
+                         "UnDistortedImage");
          },
          [](double) { return "true"; }},
     });
