@@ -33,9 +33,13 @@ public:
         Vertical = 2,    ///< Along y.
     };
 
+    /// Not calibrated.
     CameraCalibrator();
+    ///@{
+    /// The same mapping; the homography's elements are shared, as told above.
     CameraCalibrator(const CameraCalibrator& other);
     CameraCalibrator& operator=(const CameraCalibrator& other);
+    ///@}
     ~CameraCalibrator();
 
     /// Finds the mapping from pairs of points, which correspond by index; at least 6 are needed. Pairs that are more
@@ -52,11 +56,12 @@ public:
     /// -1.0 for empty lists, lists of different length or an empty homography.
     double CalcMaxError(const std::vector<cv::Point2f>& imagePoints, const std::vector<cv::Point2f>& machinePoints);
 
-    /// (-1, -1) if not calibrated or without a homography.
+    /// Where a pixel of the picture lies on the machine; (-1, -1) if not calibrated or without a homography.
     cv::Point2f ImageToMachine(const cv::Point2f& imagePoint);
 
-    /// (-1, -1) if not calibrated. With the calibrated state but without a homography, which a failed `Calibrate` may
-    /// leave, (0, 0) and a line on standard error: hosts tell the two cases apart by this.
+    /// Where a point of the machine lies in the picture; (-1, -1) if not calibrated. With the calibrated state but
+    /// without a homography, which a failed `Calibrate` may leave, (0, 0) and a line on standard error: hosts tell the
+    /// two cases apart by this.
     cv::Point2f MachineToImage(const cv::Point2f& machinePoint);
 
     /// The length in machine units of a stretch of `distance` pixels about `center` (pixels).

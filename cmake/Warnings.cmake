@@ -31,7 +31,8 @@ endfunction()
 
 function(quorvane_warnings target)
     if(MSVC)
-        target_compile_options(${target} PRIVATE /W4)
+        # Exported classes hold members of the standard library and of OpenCV; a host is built with the same ones.
+        target_compile_options(${target} PRIVATE /W4 /wd4251 /wd4275)
     else()
         target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow ${ARGN})
     endif()

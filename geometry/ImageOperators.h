@@ -8,7 +8,9 @@
 
 namespace Quorvane::UtilityFunctions {
 
-// Operators on whole pictures. Colour pictures are 8-bit in the order blue, green, red; positions are pixels.
+/// @name Image operators
+/// Operators on whole pictures. Colour pictures are 8-bit in the order blue, green, red; positions are pixels.
+///@{
 
 /// A pencil drawing of a picture: dark lines where the brightness bends, mixed with the gray picture.
 ///
@@ -52,5 +54,7 @@ QUORVANE_EXPORT cv::Point findDominantLABColorPointInContour(const cv::Mat& imag
 /// floats, give a `cv::Exception`.
 QUORVANE_EXPORT void ThresholdAndFindAllRegionCenter(const cv::Mat& image, const int& lower, const int& upper,
                                                      std::vector<cv::Mat>& regions, std::vector<cv::Point2f>& centers);
+
+///@}
 
 }  // namespace Quorvane::UtilityFunctions

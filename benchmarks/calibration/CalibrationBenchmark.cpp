@@ -286,7 +286,7 @@ void PointFloor(benchmark::State& state) {
     Calibrated(homography);
     for (auto _ : state) {
         const cv::Mat column = (cv::Mat_<double>(3, 1) << 100.0, 200.0, 1.0);
-        const cv::Mat mapped = homography * column;
+        cv::Mat mapped = homography * column;
         benchmark::DoNotOptimize(mapped.data);
     }
 }
@@ -305,7 +305,7 @@ void PointBackFloor(benchmark::State& state) {
     for (auto _ : state) {
         const cv::Mat column = (cv::Mat_<double>(3, 1) << 10.0, 20.0, 1.0);
         const cv::Mat inverse = homography.inv(cv::DECOMP_LU);  // by itself: as one expression it would be solved
-        const cv::Mat mapped = inverse * column;
+        cv::Mat mapped = inverse * column;
         benchmark::DoNotOptimize(mapped.data);
     }
 }

@@ -16,13 +16,13 @@ struct Opened {
 
 struct HomographyField {
     using Member = cv::Mat CameraCalibrator::*;
-    friend Member Open(HomographyField which);
+    friend Member Open(HomographyField /*which*/);
 };
 template struct Opened<HomographyField, &CameraCalibrator::homography>;
 
 struct PolynomialTerms {
     using Member = cv::Mat (CameraCalibrator::*)(const std::vector<cv::Point2f>&);
-    friend Member Open(PolynomialTerms which);
+    friend Member Open(PolynomialTerms /*which*/);
 };
 template struct Opened<PolynomialTerms, &CameraCalibrator::BuildPolynomialTerms>;
 
