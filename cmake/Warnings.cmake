@@ -3,7 +3,8 @@
 include(CheckLinkerFlag)
 
 # Code generation that every target of the project needs: hidden symbols, no contraction of a product and a sum into
-# one rounding (results are fixed to the last bit), and what QUORVANE_SANITIZE and QUORVANE_COVERAGE ask for.
+# one rounding (results are fixed to the last bit), and what QUORVANE_SANITIZE, QUORVANE_FUZZ and
+# QUORVANE_COVERAGE ask for.
 function(quorvane_code_generation target)
     set_target_properties(${target} PROPERTIES
         CXX_EXTENSIONS OFF CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
@@ -17,6 +18,10 @@ function(quorvane_code_generation target)
         target_compile_options(${target} PUBLIC -fsanitize=${QUORVANE_SANITIZE} -fno-omit-frame-pointer
             -fno-sanitize-recover=all $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
         target_link_options(${target} PUBLIC -fsanitize=${QUORVANE_SANITIZE})
+    endif()
+    if(QUORVANE_FUZZ)
+        # The counters that steer libFuzzer; only the fuzzers themselves link its main function.
+        target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
     endif()
     if(QUORVANE_COVERAGE)
         target_compile_options(${target} PUBLIC --coverage)

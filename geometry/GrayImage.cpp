@@ -12,6 +12,8 @@ namespace {
 bool IsColour(const cv::Mat& image) { return !image.empty() && (image.channels() == 3 || image.channels() == 4); }
 
 void ConvertColour(const cv::Mat& image, cv::Mat& gray) {
+    // An array of more dimensions is no picture. OpenCV would leave the gray one as the memory was.
+    CV_Assert(image.dims <= 2);
     cv::cvtColor(image, gray, image.channels() == 3 ? cv::COLOR_BGR2GRAY : cv::COLOR_BGRA2GRAY);
 }
 
