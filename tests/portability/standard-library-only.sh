@@ -14,7 +14,7 @@ others=$(grep -HnE '^ *# *include *<' framework/*.{h,cpp} geometry/*.{h,cpp} Inc
 # The functions of ISO C that C++ code may call, each of the mathematics also for float and long double.
 mathematics='acos|asin|atan|atan2|ceil|cos|cosh|exp|exp2|expm1|fabs|floor|fma|fmax|fmin|fmod|frexp|hypot|ldexp|llrint|llround|log|log10|log1p|log2|lrint|lround|modf|nan|nearbyint|pow|remainder|rint|round|sin|sinh|sqrt|tan|tanh|trunc'
 strings='mem(chr|cmp|cpy|move|set)|str(chr|cmp|cpy|len|ncmp|ncpy|rchr|str|to(d|f|l|ld|ll|ul|ull))'
-others_of_c='abort|abs|atexit|calloc|clock|exit|free|fprintf|fputs|fwrite|getenv|malloc|printf|putchar|puts|qsort|realloc|snprintf|std(err|out)|time|tolower|toupper|vsnprintf'
+others_of_c='abort|abs|atexit|calloc|clock|exit|free|fprintf|fputs|fwrite|getenv|isspace|malloc|printf|putchar|puts|qsort|realloc|snprintf|std(err|out)|time|tolower|toupper|vsnprintf'
 # What the compiler itself makes of standard C++: start and end of objects, errno, stack guards, checked copies of the
 # above, one call for a sine and a cosine, shared pointers without threads.
 compilers_own='__(cxa_atexit|cxa_finalize|errno_location|stack_chk_fail|libc_single_threaded|[a-z]+_chk|tls_get_addr|assert_fail|isoc23_strto[a-z]+)|sincosf?'
