@@ -1,7 +1,5 @@
 #pragma once
 
-/// Everything that a host of QuorvaneVision can use, in one line.
-
 #include "calibration/CameraCalibration.h"
 #include "calibration/CameraCalibrator.h"
 #include "framework/Algorithm.h"
@@ -12,3 +10,6 @@
 #include "geometry/Curve.h"
 #include "geometry/Line.h"
 #include "geometry/UtilityFunctions.h"
+
+/// Everything that a host of QuorvaneVision can use; the header QuorvaneVision.h brings it in with one line.
+namespace Quorvane {}

@@ -20,7 +20,7 @@ bool IsEnumerable(const std::vector<float>& range) { return range.size() == 1 ||
 
 /// The values of a range of one value or of two.
 std::vector<float> ValuesOf(const std::vector<float>& range, float step, float eps) {
-    if (range.size() == 1) return range;
+    if (range.size() == 1) return {range.front()};
     std::vector<float> values;
     // Added up in float on purpose: it decides how many values there are and what the angles of all hits are.
     float value = range[0];

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
-#include "framework/NumberText.h"
+#include "TruncateToInt.h"
 
 namespace Quorvane {
 
@@ -17,6 +17,8 @@ constexpr double blurSigma = 2.0;
 /// Kernels of blur and opening are a third of the radius wide: wide enough to clean, narrow enough to keep the mark.
 constexpr int kernelsPerRadius = 3;
 constexpr int leastKernel = 3;
+/// The bell of the blur is zero, as a double, from 78 pixels on: a wider kernel adds zeros alone.
+constexpr int widestBlur = 161;
 /// Marks of a smaller radius, in pixels, lose so much to the blur that their edges are sharpened again.
 constexpr double sharpenBelowRadius = 9.0;
 
@@ -50,6 +52,7 @@ constexpr double shapeWeight = 0.7;
 
 /// One channel of `image`, as pixels of its own; empty for other than 1, 3 or 4 channels.
 cv::Mat GrayCopy(const cv::Mat& image) {
+    CV_Assert(image.dims <= 2);
     cv::Mat gray;
     if (image.channels() == 3) cv::cvtColor(image, gray, cv::COLOR_BGR2GRAY);
     if (image.channels() == 4) cv::cvtColor(image, gray, cv::COLOR_BGRA2GRAY);
@@ -60,7 +63,7 @@ cv::Mat GrayCopy(const cv::Mat& image) {
 void Blur(cv::Mat& gray, double radius) {
     int side = TruncateToInt(radius / static_cast<double>(kernelsPerRadius));
     if (side % 2 == 0) side = TruncateToInt(radius / static_cast<double>(kernelsPerRadius) + 1.0);
-    side = std::max(side, leastKernel);
+    side = std::clamp(side, leastKernel, widestBlur);
     cv::GaussianBlur(gray, gray, cv::Size(side, side), blurSigma, blurSigma, cv::BORDER_DEFAULT);
 }
 
@@ -70,9 +73,23 @@ void SharpenIfSmall(cv::Mat& gray, double radius) {
     cv::filter2D(gray, gray, -1, kernel, cv::Point(-1, -1), 0.0, cv::BORDER_DEFAULT);
 }
 
+/// Whether the disc of an opening holds the whole image wherever in the image its middle lies.
+bool HoldsAll(int side, const cv::Mat& image) {
+    constexpr double rounding = 2.0;  // pixels
+    const int reach = side / 2;
+    return reach > std::hypot(image.cols, image.rows) + rounding;
+}
+
 /// Removes bright specks that are small against the mark. Unlike that of the blur, this kernel may be even.
 void Open(cv::Mat& gray, double radius) {
     const int side = std::max(TruncateToInt(radius) / kernelsPerRadius, leastKernel);
+    if (!gray.empty() && HoldsAll(side, gray)) {
+        // Its least value is all that such an opening leaves of an image, and a disc of any size needs no memory.
+        double least = 0.0;
+        cv::minMaxLoc(gray, &least);
+        gray.setTo(least);
+        return;
+    }
     const cv::Mat kernel = cv::getStructuringElement(cv::MORPH_ELLIPSE, cv::Size(side, side));
     cv::morphologyEx(gray, gray, cv::MORPH_OPEN, kernel, cv::Point(-1, -1), 1, cv::BORDER_CONSTANT,
                      cv::morphologyDefaultBorderValue());

@@ -8,6 +8,7 @@
 
 #include "Includes/line2Dup.h"
 #include "Includes/smartfilling.h"
+#include "TruncateToInt.h"
 #include "algorithms/TargetExtraction.h"
 #include "framework/NumberText.h"
 #include "geometry/ImageOperators.h"

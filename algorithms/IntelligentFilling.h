@@ -35,8 +35,8 @@ namespace Quorvane {
 /// |                                       | where the shape lies, and then shifted                                |
 ///
 /// The lists agree with a job that is turned about the rotate centre and then shifted for copies without a turn only;
-/// docs/filling.md shows both. A successful run keeps an old message and leaves result keys of earlier runs with more
-/// copies.
+/// docs/guide/filling.md shows both. A successful run keeps an old message and leaves result keys of earlier runs with
+/// more copies.
 ///
 /// `destination` is the source with the found shapes on it: red dots where the job lies after turn and shift, and black
 /// lines between the points of the lists. A point (-1, -1) of a list breaks the line.

@@ -21,12 +21,13 @@ bool FindCalibrationBoard(const cv::Mat& image, cv::Size patternSize, std::vecto
             // only after evening is to be taken again.
             cv::findCirclesGrid(evened, patternSize, centers, flags, blobDetector);
         }
-        const std::vector<cv::Point3f> grid = GenerateActualPositions(patternSize.width, patternSize.height, unitPitch);
         if (!found) {
             centers.clear();
             quality = noQuality;
             return FailWith(ReshootText("FindCalibrationBoard"));
         }
+        // Made only for a board that is there: a number mistyped by a host is not to take the machine's memory.
+        const std::vector<cv::Point3f> grid = GenerateActualPositions(patternSize.width, patternSize.height, unitPitch);
         quality = FisheyeShotQuality(grid, centers, gray.size());
         return true;
     };

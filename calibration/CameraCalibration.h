@@ -29,9 +29,10 @@ namespace Quorvane::CameraCalibration {
 /// after a call that failed. It is one text for the whole process, without a lock.
 QUORVANE_EXPORT std::string GetLastError();
 
-// ---------------------------------------------------------------------------------------------------------------------
-// Calibration files: `cv::FileStorage` documents, YAML, XML or JSON by the file name's ending (YAML by default).
-// ---------------------------------------------------------------------------------------------------------------------
+/// @name Calibration files
+/// Documents of `cv::FileStorage`: YAML, XML or JSON by the file name's ending (YAML by default), compressed for ".gz".
+/// A document nested more than 1000 levels deep or longer than a gigabyte counts as malformed.
+///@{
 
 /// Writes the nodes `K`, `D` and `rms`, in this order. The matrices are written as they are, of any size and type.
 /// Last error: "Failed to open file for writing: " and the file name.
@@ -43,13 +44,16 @@ QUORVANE_EXPORT bool SaveCameraParameters(const std::string& fileName, const cv:
 /// cannot be read : " and the file name where a node is missing; or the parser's text for a malformed document.
 QUORVANE_EXPORT bool LoadCameraParameters(const std::string& fileName, cv::Mat& K, cv::Mat& D, double& rms);
 
-/// The same for the single node `Homo`, a homography of any size and type.
+/// Writes the single node `Homo`, a homography of any size and type. Last error as for `SaveCameraParameters`.
 QUORVANE_EXPORT bool SaveHomography(const std::string& fileName, const cv::Mat& homography);
+
+/// Reads what `SaveHomography` wrote. On failure the output is not touched. Last error as for `LoadCameraParameters`.
 QUORVANE_EXPORT bool LoadHomography(const std::string& fileName, cv::Mat& homography);
 
-// ---------------------------------------------------------------------------------------------------------------------
-// Lens
-// ---------------------------------------------------------------------------------------------------------------------
+///@}
+
+/// @name Lens
+///@{
 
 /// Calibrates a fisheye camera (the model of `cv::fisheye`) from pictures of one flat, symmetric board of dark circles.
 ///
@@ -79,9 +83,10 @@ QUORVANE_EXPORT bool CalibrateDistortedCamera(const std::vector<cv::Mat>& images
 QUORVANE_EXPORT bool UnDistortedImage(const cv::Mat& distorted, cv::Mat& K, cv::Mat& D, const double& fxScale,
                                       const double& fyScale, cv::Mat& undistorted);
 
-// ---------------------------------------------------------------------------------------------------------------------
-// Boards
-// ---------------------------------------------------------------------------------------------------------------------
+///@}
+
+/// @name Boards
+///@{
 
 /// Finds a circle board in one picture (8-bit, gray or blue-green-red) and rates the shot.
 ///
@@ -105,7 +110,7 @@ QUORVANE_EXPORT bool FindCalibrationBoard(const cv::Mat& image, cv::Size pattern
 /// `charucoIds` the numbers of the chessboard corners found; `outImage` the picture with these corners drawn.
 /// `quality` is the root-mean-square reprojection error in pixels of a calibration made from this picture alone, by
 /// the fisheye model or by the pinhole model with rational and thin-prism terms. `refineMarkers` looks for the board's
-/// missing markers among the rejected candidates.
+/// missing markers among rejected candidates; deliberately it is given none, so that it has no effect.
 ///
 /// Last error: "[FindChArUcoBoard] : Image is empty!" (`quality` untouched); or, for fewer markers than 80 % of half
 /// the squares or fewer than 4 chessboard corners, this function's qualified name followed by " : Poor picture
@@ -124,21 +129,23 @@ QUORVANE_EXPORT cv::Mat GenerateChArUcoBoard(const std::string& fileName, const 
                                              cv::aruco::Dictionary& dictionary, cv::aruco::CharucoBoard& board,
                                              int dpi);
 
-// ---------------------------------------------------------------------------------------------------------------------
-// Two cameras joined into one picture
-//
-//     const ImageDirFlags left(0, false, false), right(-1, false, true);
-//     std::vector<cv::Point2f> points1, points2;
-//     cv::Mat homography, joined;
-//     double meanError = 0.0, seamX = 0.0;
-//     if (CalibrationMatchPointsForDualCam(image1, left, roi1, image2, right, roi2, 0.7, 3.0, 0.3, points1, points2) &&
-//         CreateHomography(points1, points2, homography, meanError, 3.0, 2000, 0.995)) {
-//         DoBlendingImageForDualCam(image1, left, image2, right, 1.0, 1.0, homography, seamX, joined);
-//     }
-//
-// All points are pixels of the oriented pictures. The random draws within OpenCV, of the hash tables and the
-// clustering, come from its generator of this thread: `cv::setRNGSeed` makes a call repeatable.
-// ---------------------------------------------------------------------------------------------------------------------
+///@}
+
+/// @name Two cameras joined into one picture
+/// First the pairs of points, from them the homography, and with it any number of joined pictures:
+///
+///     const ImageDirFlags left(0, false, false), right(-1, false, true);
+///     std::vector<cv::Point2f> points1, points2;
+///     cv::Mat homography, joined;
+///     double meanError = 0.0, seamX = 0.0;
+///     CalibrationMatchPointsForDualCam(image1, left, roi1, image2, right, roi2, 0.7, 3.0, 0.3, points1, points2);
+///     if (CreateHomography(points1, points2, homography, meanError, 3.0, 2000, 0.995)) {
+///         DoBlendingImageForDualCam(image1, left, image2, right, 1.0, 1.0, homography, seamX, joined);
+///     }
+///
+/// All points are pixels of the oriented pictures. The random draws within OpenCV, of the hash tables and the
+/// clustering, come from its generator of this thread: `cv::setRNGSeed` makes a call repeatable.
+///@{
 
 /// How a camera's picture must be turned to stand upright: first the rotation, then the vertical flip, then the
 /// horizontal one. Pictures that are handed in are never turned in place.
@@ -152,9 +159,12 @@ struct QUORVANE_EXPORT ImageDirFlags {
 
     /// `rotate` is taken modulo 8 into -4 to 3, so that 4 becomes -4 and 8 becomes 0.
     ImageDirFlags(int rotate, bool horizontal, bool vertical);
+    ///@{
+    /// The same turn and flips as `other`.
     ImageDirFlags(const ImageDirFlags& other) = default;
     ImageDirFlags& operator=(const ImageDirFlags& other);
     ImageDirFlags& operator=(ImageDirFlags&& other) noexcept;
+    ///@}
 };
 
 /// Finds pairs of points that show the same thing in the pictures of two cameras (blue-green-red, or with a fourth
@@ -216,16 +226,19 @@ QUORVANE_EXPORT bool CreateMatchesImage(const cv::Mat& image1, const ImageDirFla
 /// result is not scaled and `seamX` is not written.
 ///
 /// Last error: "Could not open or find the images!" for an empty picture. The seam must lie at least 10 columns from
-/// the sides of picture 2; OpenCV refuses others.
+/// the sides of picture 2; OpenCV refuses others. Blending wants 5 rows of picture 2: OpenCV refuses 1 and 4, leaves 2
+/// unblended, and for 3 its `std::length_error` passes to the caller.
 QUORVANE_EXPORT bool DoBlendingImageForDualCam(const cv::Mat& image1, const ImageDirFlags& dir1, const cv::Mat& image2,
                                                const ImageDirFlags& dir2, const double& scaleX, const double& scaleY,
                                                const cv::Mat& homography, double& seamX, cv::Mat& blended);
 
-// ---------------------------------------------------------------------------------------------------------------------
-// Scale and cross. These two leave the last error alone and have no handler: a `cv::Exception` passes to the caller. A
-// picture is 8-bit with 1, 3 (blue, green, red) or 4 channels; OpenCV refuses other depths, an empty picture and one
-// without any contrast.
-// ---------------------------------------------------------------------------------------------------------------------
+///@}
+
+/// @name Scale and cross
+/// The two functions leave the last error alone and have no handler: a `cv::Exception` passes to the caller. A
+/// picture is 8-bit with 1, 3 (blue, green, red) or 4 channels; OpenCV refuses other depths, an empty picture and one
+/// without any contrast.
+///@{
 
 /// Takes the scale of a picture from a circle of known size: of the circles found with more than 20 pixels radius, the
 /// one nearest the picture's middle, whatever its size. Of circles nearer to each other than three quarters of the
@@ -258,5 +271,7 @@ QUORVANE_EXPORT bool CalScalePixToMmUseCircle(const cv::Mat& image, const double
 /// `center` and `radius` are in pixels; `radius` is that of the ring's outside. Returns `false` without a circle, both
 /// untouched, and where the four edges have no centre: then `radius` is set and `center` is the circle's.
 QUORVANE_EXPORT bool FindCircleCross(const cv::Mat& image, cv::Point2f& center, double& radius);
+
+///@}
 
 }  // namespace Quorvane::CameraCalibration

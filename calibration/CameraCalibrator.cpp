@@ -97,6 +97,8 @@ bool CameraCalibrator::Calibrate(const std::vector<cv::Point2f>& imagePoints,
                                     samplingConfidence);
     if (homography.empty()) return false;
     const PointPairs inliers = MaskedPairs(imagePoints, machinePoints, inlierMask);
+    // What OpenCV's first pass finds has four inliers in general position, so that neither this nor the second pass
+    // fails with it.
     if (inliers.image.size() < leastInliers) return false;
 
     const cv::Mat refined = cv::findHomography(inliers.image, inliers.machine, leastSquares, unusedDistance,

@@ -33,9 +33,13 @@ public:
         Vertical = 2,    ///< Along y.
     };
 
+    /// Not calibrated.
     CameraCalibrator();
+    ///@{
+    /// The same mapping; the homography's elements are shared, as told above.
     CameraCalibrator(const CameraCalibrator& other);
     CameraCalibrator& operator=(const CameraCalibrator& other);
+    ///@}
     ~CameraCalibrator();
 
     /// Finds the mapping from pairs of points, which correspond by index; at least 6 are needed. Pairs that are more
@@ -52,11 +56,12 @@ public:
     /// -1.0 for empty lists, lists of different length or an empty homography.
     double CalcMaxError(const std::vector<cv::Point2f>& imagePoints, const std::vector<cv::Point2f>& machinePoints);
 
-    /// (-1, -1) if not calibrated or without a homography.
+    /// Where a pixel of the picture lies on the machine; (-1, -1) if not calibrated or without a homography.
     cv::Point2f ImageToMachine(const cv::Point2f& imagePoint);
 
-    /// (-1, -1) if not calibrated. With the calibrated state but without a homography, which a failed `Calibrate` may
-    /// leave, (0, 0) and a line on standard error: hosts tell the two cases apart by this.
+    /// Where a point of the machine lies in the picture; (-1, -1) if not calibrated. With the calibrated state but
+    /// without a homography, which a failed `Calibrate` may leave, (0, 0) and a line on standard error: hosts tell the
+    /// two cases apart by this.
     cv::Point2f MachineToImage(const cv::Point2f& machinePoint);
 
     /// The length in machine units of a stretch of `distance` pixels about `center` (pixels).
@@ -67,7 +72,8 @@ public:
     /// -1.0 if not calibrated or for an unknown mode.
     double MachineToImage_Distance(double distance, const cv::Point2f& center, const DistanceMode& mode);
 
-    /// Whether a mapping has been made or loaded. Does not look at the homography.
+    /// Whether a mapping has been made or loaded. Does not look at the homography. The spelling of the name is
+    /// deliberate: hosts are built against it.
     bool IsCalibrateVaild();
 
     /// Writes the mapping to a `cv::FileStorage` document (YAML, XML or JSON by the file name's ending), calibrated or
@@ -89,11 +95,13 @@ public:
     cv::Point2f WarpPerspectivePoint(const cv::Point2f& imagePoint, const int& expansion);
 
     /// Machine positions for a calibration: a grid centred on the origin, row by row from (-width/2, +height/2) to
-    /// (+width/2, -height/2). Empty unless `pointsPerSide` is odd and at least 3.
+    /// (+width/2, -height/2). Empty unless `pointsPerSide` is odd and at least 3. The spelling of the name is
+    /// deliberate.
     std::vector<cv::Point2f> GenerateCailbratePointGrid(double width, double height, int pointsPerSide);
 
 private:
-    /// The terms 1, x, y, x^2, xy, y^2 of each point: N x 6, CV_64F.
+    /// The terms 1, x, y, x^2, xy, y^2 of each point: N x 6, CV_64F. Deliberately unused: the mapping is a homography,
+    /// and this is kept as a part of the class's interface.
     cv::Mat BuildPolynomialTerms(const std::vector<cv::Point2f>& points);
 
     bool isCalibrated;

@@ -1,12 +1,14 @@
+#include <algorithm>
+#include <cstdint>
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 #include <opencv2/objdetect/aruco_detector.hpp>
 #include <opencv2/objdetect/charuco_detector.hpp>
 
+#include "TruncateToInt.h"
 #include "calibration/CameraCalibration.h"
 #include "calibration/LastError.h"
 #include "calibration/ShotQuality.h"
-#include "calibration/TruncateToInt.h"
 
 namespace Quorvane::CameraCalibration {
 
@@ -43,6 +45,12 @@ constexpr std::size_t leastChessboardCorners = 4;
 
 const cv::Scalar cornerColour(255, 0, 0, 0);
 
+/// No board has fewer squares in a row or a column.
+constexpr int leastSquares = 2;
+
+/// Many times more than the marker set has markers for.
+constexpr std::int64_t mostSquares = 10'000;
+
 /// Lengths in millimetres; the board's own unit is the metre.
 cv::aruco::CharucoBoard BoardOf(int squaresX, int squaresY, float squareLength, float markerLength,
                                 const cv::aruco::Dictionary& dictionary) {
@@ -55,6 +63,7 @@ cv::aruco::CharucoBoard BoardOf(int squaresX, int squaresY, float squareLength, 
 /// A one-channel picture is overwritten with the result: the working image shares its elements. Hosts know this and
 /// show the thresholded picture to the operator, so it is kept.
 cv::Mat MarkerImage(cv::InputArray image) {
+    CV_Assert(image.dims() <= 2);
     cv::Mat working;
     if (image.channels() == 3) {
         cv::cvtColor(image, working, cv::COLOR_BGR2GRAY);
@@ -74,13 +83,13 @@ cv::aruco::RefineParameters RefinementSettings() {
     return cv::aruco::RefineParameters(mostCornerShift, errorCorrectionShare, tryAllCornerOrders);
 }
 
-cv::aruco::ArucoDetector MarkerDetector(const cv::aruco::CharucoBoard& board) {
+cv::aruco::ArucoDetector MarkerDetector(const cv::aruco::Dictionary& dictionary) {
     cv::aruco::DetectorParameters settings;
     settings.cornerRefinementMethod = cv::aruco::CORNER_REFINE_APRILTAG;
     settings.cornerRefinementWinSize = refinementWindow;
     settings.cornerRefinementMaxIterations = refinementSteps;
     settings.minMarkerDistanceRate = leastMarkerDistance;
-    return cv::aruco::ArucoDetector(board.getDictionary(), settings, RefinementSettings());
+    return cv::aruco::ArucoDetector(dictionary, settings, RefinementSettings());
 }
 
 /// The markers' settings above are not for this one.
@@ -99,9 +108,11 @@ struct Markers {
     std::vector<int> ids;
 };
 
-int LeastMarkerCount(int squaresX, int squaresY) {
-    const int markerCount = squaresX * squaresY / 2;
-    return static_cast<int>(markerCount * leastMarkerShare);
+std::int64_t SquareCount(int squaresX, int squaresY) { return static_cast<std::int64_t>(squaresX) * squaresY; }
+
+std::int64_t LeastMarkerCount(int squaresX, int squaresY) {
+    const std::int64_t markerCount = SquareCount(squaresX, squaresY) / 2;
+    return static_cast<std::int64_t>(static_cast<double>(markerCount) * leastMarkerShare);
 }
 
 /// The corners of all markers, in the picture and on the board. A marker that is not on the board adds to the picture's
@@ -135,14 +146,22 @@ bool FindChArUcoBoard(cv::InputArray image, int squaresX, int squaresY, float sq
         if (image.empty()) return FailWith("[FindChArUcoBoard] : Image is empty!");
         const cv::Mat markerImage = MarkerImage(image);
 
-        const cv::aruco::CharucoBoard board =
-            BoardOf(squaresX, squaresY, squareLength, markerLength, cv::aruco::getPredefinedDictionary(markerSet));
-        const cv::aruco::ArucoDetector markerDetector = MarkerDetector(board);
-        const cv::aruco::CharucoDetector boardDetector = BoardDetector(board);
+        const cv::aruco::Dictionary dictionary = cv::aruco::getPredefinedDictionary(markerSet);
+        // A smaller board of the same squares refuses what the board would refuse.
+        BoardOf(std::min(squaresX, leastSquares), std::min(squaresY, leastSquares), squareLength, markerLength,
+                dictionary);
+        const cv::aruco::ArucoDetector markerDetector = MarkerDetector(dictionary);
         Markers markers;
         markerDetector.detectMarkers(markerImage, markers.corners, markers.ids);
-        if (static_cast<int>(markers.ids.size()) < LeastMarkerCount(squaresX, squaresY)) return takeAgain();
+        const auto found = static_cast<std::int64_t>(markers.ids.size());
+        if (found < LeastMarkerCount(squaresX, squaresY)) return takeAgain();
+        // Laid only now: OpenCV's time for a board grows with the square of its squares, and a number mistyped by a
+        // host is not to take the machine's memory. Here a picture shows nearly as many.
+        const cv::aruco::CharucoBoard board = BoardOf(squaresX, squaresY, squareLength, markerLength, dictionary);
+        const cv::aruco::CharucoDetector boardDetector = BoardDetector(board);
         if (refineMarkers) {
+            // Deliberately without candidates, so that no marker is added: hosts compare the ratings of shots with each
+            // other, and these hang on the markers used.
             std::vector<std::vector<cv::Point2f>> noCandidates;
             markerDetector.refineDetectedMarkers(markerImage, board, markers.corners, markers.ids, noCandidates);
         }
@@ -170,6 +189,8 @@ cv::Mat GenerateChArUcoBoard(const std::string& fileName, const int& squaresX, c
                              cv::aruco::CharucoBoard& board, int dpi) {
     constexpr int noMargin = 0;
     constexpr int borderBits = 1;
+    // OpenCV refuses boards with more markers than the set has, but only after it has laid them.
+    CV_Assert(SquareCount(squaresX, squaresY) <= mostSquares);
     dictionary = cv::aruco::getPredefinedDictionary(markerSet);
     board = BoardOf(squaresX, squaresY, squareLength, markerLength, dictionary);
     const float scale = static_cast<float>(dpi) / millimetresPerInch;

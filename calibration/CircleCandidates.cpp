@@ -40,7 +40,7 @@ constexpr double radiusOfNoise = 20.0;
 /// A gray copy without its noise. As the copy is the function's own, a view into a larger picture is not blurred with
 /// what lies around it.
 cv::Mat BlurredGray(const cv::Mat& image) {
-    const cv::Mat gray = UtilityFunctions::toGrayImage(image);
+    const cv::Mat gray = UtilityFunctions::toGrayImageStrictly(image);
     cv::Scalar mean;
     cv::Scalar deviation;
     cv::meanStdDev(gray, mean, deviation);

@@ -19,6 +19,10 @@ constexpr double evenLevel = 128.0;         // the middle of the gray range
 const cv::Size refinementHalfWindow(3, 3);
 const cv::Size noDeadZone(-1, -1);
 
+/// No picture has levels beyond this one. The edge-keeping filter computes places in a table from differences of levels
+/// without a look whether they are numbers, and reads wild memory where they are not.
+constexpr double mostLevel = 1e30;
+
 }  // namespace
 
 std::vector<cv::Point3f> GenerateActualPositions(int columns, int rows, float pitch) {
@@ -37,6 +41,7 @@ std::vector<cv::Point3f> GenerateActualPositions(int columns, int rows, float pi
 }
 
 bool ToBoardGray(const cv::Mat& image, cv::Mat& gray) {
+    CV_Assert(image.dims <= 2);
     switch (image.channels()) {
         case 1: gray = image.clone(); return true;
         case 3: cv::cvtColor(image, gray, cv::COLOR_BGR2GRAY); return true;
@@ -45,6 +50,7 @@ bool ToBoardGray(const cv::Mat& image, cv::Mat& gray) {
 }
 
 cv::Mat EvenedImage(const cv::Mat& gray) {
+    if (gray.depth() == CV_32F) CV_Assert(cv::checkRange(gray, true, nullptr, -mostLevel, mostLevel));
     cv::Mat smooth;
     cv::GaussianBlur(gray, smooth, noiseWindow, sigmaOfWindow, sigmaOfWindow, cv::BORDER_DEFAULT);
     cv::Mat filtered;
@@ -56,13 +62,12 @@ cv::Mat EvenedImage(const cv::Mat& gray) {
     return filtered;
 }
 
-bool FindBoardEitherWay(const cv::Mat& gray, cv::Size pattern, const CircleSearch& search,
-                        std::vector<cv::Point2f>& centers, cv::Size& found) {
+bool FindBoardEitherWay(const cv::Mat& gray, cv::Size pattern, const CircleSearch& search, BoardView& view) {
     const cv::Mat evened = EvenedImage(gray);
     for (const cv::Size& tried : {pattern, cv::Size(pattern.height, pattern.width)}) {
         for (const cv::Mat& picture : {gray, evened}) {
-            if (!search(picture, tried, centers)) continue;
-            found = tried;
+            if (!search(picture, tried, view.centers)) continue;
+            view.positions = GenerateActualPositions(tried.width, tried.height, unitPitch);
             return true;
         }
     }

@@ -24,10 +24,15 @@ cv::Mat EvenedImage(const cv::Mat& gray);
 /// Looks for circles in a pattern and gives their centres.
 using CircleSearch = std::function<bool(const cv::Mat& picture, cv::Size pattern, std::vector<cv::Point2f>& centers)>;
 
+/// A board found in a picture: its circles there, and on the board.
+struct BoardView {
+    std::vector<cv::Point2f> centers;
+    std::vector<cv::Point3f> positions;
+};
+
 /// Looks for a board upright, then with its rows and columns swapped, each time in the gray picture and then in the
-/// evened one, and ends at the first success. `found` is the pattern in which the board stands there.
-bool FindBoardEitherWay(const cv::Mat& gray, cv::Size pattern, const CircleSearch& search,
-                        std::vector<cv::Point2f>& centers, cv::Size& found);
+/// evened one, and ends at the first success. The positions follow the swap.
+bool FindBoardEitherWay(const cv::Mat& gray, cv::Size pattern, const CircleSearch& search, BoardView& view);
 
 /// Moves the centres to sub-pixel positions in the gray picture.
 void RefineCenters(const cv::Mat& gray, std::vector<cv::Point2f>& centers);

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <opencv2/imgproc.hpp>
 
+#include "TruncateToInt.h"
 #include "geometry/CircleFit.h"
-#include "geometry/Truncation.h"
 
 namespace Quorvane::CameraCalibration {
 
@@ -34,7 +34,6 @@ using Contour = std::vector<cv::Point>;
 
 /// Empty where the circle's surroundings do not meet the picture.
 cv::Rect WindowAround(double x, double y, double r, const cv::Size& picture) {
-    using UtilityFunctions::TruncateToInt;
     const int half = TruncateToInt(r * windowReach);
     const int left = std::max(TruncateToInt(x - half), 0);
     const int top = std::max(TruncateToInt(y - half), 0);

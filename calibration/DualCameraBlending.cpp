@@ -3,10 +3,10 @@
 #include <opencv2/imgproc.hpp>
 #include <opencv2/photo.hpp>
 
+#include "TruncateToInt.h"
 #include "calibration/CameraCalibration.h"
 #include "calibration/ImageOrientation.h"
 #include "calibration/LastError.h"
-#include "calibration/TruncateToInt.h"
 
 namespace Quorvane::CameraCalibration {
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "calibration/TruncateToInt.h"
+#include "TruncateToInt.h"
 
 namespace Quorvane::CameraCalibration {
 
@@ -47,8 +47,11 @@ cv::Size CanvasSize(const Bounds& bounds, cv::Size picture) {
 cv::Point2f Mapped(const cv::Mat& homography, const cv::Point2f& point) {
     CV_CheckTypeEQ(homography.type(), CV_64FC1, "a homography holds doubles");
     CV_Assert(homography.rows == 3 && homography.cols == 3);
-    const cv::Vec3d mapped =
-        cv::Matx33d(homography) * cv::Vec3d(static_cast<double>(point.x), static_cast<double>(point.y), 1.0);
+    // OpenCV's product of matrices and not one written out: with fused multiply-add it rounds in its own way, and a
+    // host that maps points with the matrix itself gets the same numbers.
+    const cv::Vec3d column(static_cast<double>(point.x), static_cast<double>(point.y), 1.0);
+    cv::Vec3d mapped;
+    cv::gemm(homography, column, 1.0, cv::noArray(), 0.0, mapped);
     return {static_cast<float>(mapped[0] / mapped[2]), static_cast<float>(mapped[1] / mapped[2])};
 }
 

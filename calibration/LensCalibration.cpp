@@ -1,5 +1,6 @@
 #include <opencv2/calib3d.hpp>
 #include <opencv2/imgproc.hpp>
+#include <utility>
 
 #include "calibration/CameraCalibration.h"
 #include "calibration/CircleGrid.h"
@@ -24,29 +25,27 @@ bool FindCircles(const cv::Mat& picture, cv::Size pattern, std::vector<cv::Point
 
 /// Pictures are counted from 1, by their place in the host's list.
 Views CollectViews(const std::vector<cv::Mat>& images, cv::Size pattern) {
-    const std::vector<cv::Point3f> uprightGrid = GenerateActualPositions(pattern.width, pattern.height, unitPitch);
     Views views;
     for (std::size_t i = 0; i < images.size(); ++i) {
         cv::Mat gray;
         if (images[i].empty() || !ToBoardGray(images[i], gray)) continue;
         const std::string number = std::to_string(i + 1);
+        // Cannot happen with the gray conversion as it is; the text is the one that hosts know for it.
         if (gray.empty()) {
             SetLastError("the image[ " + number + "] is empty!");
             continue;
         }
         // The first picture speaks for all; hosts take every picture of a set with one camera.
         if (views.imageSize.empty()) views.imageSize = gray.size();
-        std::vector<cv::Point2f> centers;
-        cv::Size found;
-        if (!FindBoardEitherWay(gray, pattern, FindCircles, centers, found)) {
+        BoardView view;
+        if (!FindBoardEitherWay(gray, pattern, FindCircles, view)) {
             SetLastError("Could not find circles grid in the image[ " + number + "]");
             continue;
         }
         // The centres are refined in the gray picture, also where the evened one has shown them.
-        RefineCenters(gray, centers);
-        views.imagePoints.push_back(centers);
-        views.objectPoints.push_back(found == pattern ? uprightGrid
-                                                      : GenerateActualPositions(found.width, found.height, unitPitch));
+        RefineCenters(gray, view.centers);
+        views.imagePoints.push_back(std::move(view.centers));
+        views.objectPoints.push_back(std::move(view.positions));
     }
     return views;
 }
@@ -102,6 +101,8 @@ bool UnDistortedImage(const cv::Mat& distorted, cv::Mat& K, cv::Mat& D, const do
         cv::Mat map2;
         cv::fisheye::initUndistortRectifyMap(K, D, cv::Mat::eye(3, 3, CV_64F), newK, distorted.size(), CV_16SC2, map1,
                                              map2);
+        // OpenCV makes neither empty maps nor an empty picture of a picture that is not empty, so these two texts are
+        // for versions to come.
         if (map1.empty() || map2.empty()) return FailWith("Undistort rectify map is empty");
         cv::remap(distorted, undistorted, map1, map2, cv::INTER_LINEAR, cv::BORDER_CONSTANT, cv::Scalar());
         if (undistorted.empty()) return FailWith("Output undistorted image is empty");

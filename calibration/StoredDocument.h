@@ -7,7 +7,7 @@
 namespace Quorvane::CameraCalibration {
 
 /// Opens a `cv::FileStorage` document for reading. `false` where there is no such file; a `cv::Exception` where it is
-/// no such document.
+/// no such document, or one that OpenCV's parsers do not survive (see DocumentGuard.h).
 bool OpenStoredDocument(cv::FileStorage& document, const std::string& fileName);
 
 /// The matrix that a node holds; an empty one for a missing node. A node that is no matrix gives a `cv::Exception`.

@@ -12,6 +12,7 @@ option(QUORVANE_BUILD_EXAMPLES "Build the example host programs" ${quorvane_top_
 option(QUORVANE_WARNINGS_AS_ERRORS "Treat every compiler warning as an error" OFF)
 set(QUORVANE_SANITIZE "" CACHE STRING "Sanitizers to build with, for example 'address,undefined' or 'thread'")
 option(QUORVANE_COVERAGE "Build with coverage counters" OFF)
+option(QUORVANE_FUZZ "Build the fuzzers with libFuzzer; needs Clang" OFF)
 
 if(PROJECT_IS_TOP_LEVEL)
     if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)

@@ -3,7 +3,8 @@
 include(CheckLinkerFlag)
 
 # Code generation that every target of the project needs: hidden symbols, no contraction of a product and a sum into
-# one rounding (results are fixed to the last bit), and what QUORVANE_SANITIZE and QUORVANE_COVERAGE ask for.
+# one rounding (results are fixed to the last bit), and what QUORVANE_SANITIZE, QUORVANE_FUZZ and
+# QUORVANE_COVERAGE ask for.
 function(quorvane_code_generation target)
     set_target_properties(${target} PROPERTIES
         CXX_EXTENSIONS OFF CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
@@ -18,6 +19,10 @@ function(quorvane_code_generation target)
             -fno-sanitize-recover=all $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
         target_link_options(${target} PUBLIC -fsanitize=${QUORVANE_SANITIZE})
     endif()
+    if(QUORVANE_FUZZ)
+        # The counters that steer libFuzzer; only the fuzzers themselves link its main function.
+        target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+    endif()
     if(QUORVANE_COVERAGE)
         target_compile_options(${target} PUBLIC --coverage)
         target_link_options(${target} PUBLIC --coverage)
@@ -26,7 +31,8 @@ endfunction()
 
 function(quorvane_warnings target)
     if(MSVC)
-        target_compile_options(${target} PRIVATE /W4)
+        # Exported classes hold members of the standard library and of OpenCV; a host is built with the same ones.
+        target_compile_options(${target} PRIVATE /W4 /wd4251 /wd4275)
     else()
         target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow ${ARGN})
     endif()

@@ -3,7 +3,7 @@
 #include <memory>
 #include <utility>
 
-#include "framework/NumberText.h"
+#include "TruncateToInt.h"
 
 namespace Quorvane {
 

@@ -29,10 +29,15 @@ namespace Quorvane {
 /// is kept; the library itself copies no algorithm.
 class QUORVANE_EXPORT Algorithm {
 public:
+    /// Without parameters and results.
     Algorithm();
+    /// Frees both tables.
+    virtual ~Algorithm();
+    ///@{
+    /// Shares the tables of `other`, as told above.
     Algorithm(const Algorithm& other);
     Algorithm& operator=(const Algorithm& other);
-    virtual ~Algorithm();
+    ///@}
 
     /// Runs the algorithm once on `source`, which it does not change; `destination` receives the output image as far
     /// as there is one. Returns a status:
@@ -44,6 +49,7 @@ public:
     /// `Param`) and `cv::Exception` reach the caller.
     virtual int Execute(const cv::Mat& source, cv::Mat& destination) = 0;
 
+    ///@{
     /// Store a parameter, as `AlgorithmParameters::SetParameter` does.
     void SetParameter(const std::string& name, int value);
     void SetParameter(const std::string& name, float value);
@@ -53,7 +59,9 @@ public:
     void SetParameter(const std::string& name, std::vector<float> value);
     void SetParameter(const std::string& name, std::vector<double> value);
     void SetParameter(const std::string& name, std::vector<std::string> value);
+    ///@}
 
+    ///@{
     /// Read a parameter back in the kind that the name tells, as `Param` converts it.
     int GetParameterToInt(const std::string& name) const;
     /// Deliberately an `int`: hosts built long ago count on this result type, so that 0.85 reads back as 0.
@@ -66,6 +74,7 @@ public:
     std::vector<float> GetParameterToFloatVec(const std::string& name) const;
     std::vector<double> GetParameterToDoubleVec(const std::string& name) const;
     std::vector<std::string> GetParameterToStringVec(const std::string& name) const;
+    ///@}
 
     /// Replaces `names` by the names of all parameters, in no particular order.
     void GetParameterNameList(std::vector<std::string>& names) const;
@@ -84,8 +93,8 @@ public:
     void GetErrorMsg(std::string& message);
 
 protected:
-    AlgorithmParameters* parameters_;
-    AlgorithmResult* results_;
+    AlgorithmParameters* parameters_;  ///< What the host has set; owned.
+    AlgorithmResult* results_;         ///< What the runs have found; owned.
 };
 
 }  // namespace Quorvane

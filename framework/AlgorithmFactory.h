@@ -12,11 +12,16 @@ namespace Quorvane {
 /// destroyed before the algorithms that it made.
 class QUORVANE_EXPORT AlgorithmFactory {
 public:
+    /// Knows every algorithm of the library.
     AlgorithmFactory();
+    ///@{
+    /// A factory like the other one; algorithms belong to none of the two.
     AlgorithmFactory(const AlgorithmFactory& other);
     AlgorithmFactory(AlgorithmFactory&& other) noexcept;
     AlgorithmFactory& operator=(const AlgorithmFactory& other);
     AlgorithmFactory& operator=(AlgorithmFactory&& other) noexcept;
+    ///@}
+    /// Leaves alone what the factory has made.
     ~AlgorithmFactory();
 
     /// A new algorithm, owned by the caller; null for a name that is not one of `GetAlgorithmList` letter by letter.

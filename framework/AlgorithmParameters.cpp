@@ -35,7 +35,8 @@ void AlgorithmParameters::SetParameter(const std::string& name, std::vector<std:
 
 void AlgorithmParameters::SetParameter(const std::string& name, Param value) {
     if (table_ == nullptr) return;
-    (*table_)[name] = value;
+    // Whole or not at all, also where memory runs out.
+    table_->insert_or_assign(name, value);
 }
 
 Param AlgorithmParameters::GetParameter(const std::string& name) const {

@@ -17,11 +17,17 @@ namespace Quorvane {
 /// behaviour and is kept; the library itself never copies or assigns these objects.
 class QUORVANE_EXPORT AlgorithmParameters {
 public:
+    /// An empty table.
     AlgorithmParameters();
-    AlgorithmParameters(const AlgorithmParameters& other) = default;
+    /// Frees the table, whoever shares it.
     ~AlgorithmParameters();
+    ///@{
+    /// Shares the table of `other`, as told above.
+    AlgorithmParameters(const AlgorithmParameters& other) = default;
     AlgorithmParameters& operator=(const AlgorithmParameters& other);
+    ///@}
 
+    ///@{
     /// Store a value under `name`, creating the entry if there is none.
     void SetParameter(const std::string& name, int value);
     void SetParameter(const std::string& name, float value);
@@ -32,6 +38,7 @@ public:
     void SetParameter(const std::string& name, std::vector<double> value);
     void SetParameter(const std::string& name, std::vector<std::string> value);
     void SetParameter(const std::string& name, Param value);
+    ///@}
 
     /// A copy of the entry. An unknown name gives an unset `Param` and adds nothing to the table.
     Param GetParameter(const std::string& name) const;

@@ -1,5 +1,7 @@
 #include "framework/AlgorithmResult.h"
 
+#include <utility>
+
 namespace Quorvane {
 
 AlgorithmResult::AlgorithmResult() : table_(new std::unordered_map<std::string, std::vector<std::string>>) {}
@@ -18,7 +20,9 @@ void AlgorithmResult::SetResult(const std::string& name, const std::string& valu
 }
 
 void AlgorithmResult::SetResult(const std::string& name, const std::vector<std::string>& values) {
-    (*table_)[name] = values;
+    // Whole or not at all, also where memory runs out.
+    std::vector<std::string> copy = values;
+    table_->insert_or_assign(name, std::move(copy));
 }
 
 void AlgorithmResult::ClearResult(const std::string& name) {

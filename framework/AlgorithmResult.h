@@ -15,14 +15,21 @@ namespace Quorvane {
 /// `AlgorithmParameters`.
 class QUORVANE_EXPORT AlgorithmResult {
 public:
+    /// An empty table.
     AlgorithmResult();
-    AlgorithmResult(const AlgorithmResult& other) = default;
+    /// Frees the table, whoever shares it.
     ~AlgorithmResult();
+    ///@{
+    /// Shares the table of `other`, as told above.
+    AlgorithmResult(const AlgorithmResult& other) = default;
     AlgorithmResult& operator=(const AlgorithmResult& other);
+    ///@}
 
+    ///@{
     /// Replace the list under `name`, creating the entry if there is none. Nothing is ever appended.
     void SetResult(const std::string& name, const std::string& value);
     void SetResult(const std::string& name, const std::vector<std::string>& values);
+    ///@}
 
     /// Empties the list under `name`; the name stays in the table. An unknown name does nothing.
     void ClearResult(const std::string& name);

@@ -1,7 +1,6 @@
 #include "framework/NumberText.h"
 
 #include <cstdio>
-#include <limits>
 #include <stdexcept>
 
 namespace Quorvane {
@@ -39,13 +38,6 @@ float ReadFloat(const std::string& text) {
 
 double ReadDouble(const std::string& text) {
     return Read("stod", [&] { return std::stod(text); });
-}
-
-int TruncateToInt(double value) {
-    constexpr double lowest = std::numeric_limits<int>::min();
-    constexpr double highest = std::numeric_limits<int>::max();
-    if (value > lowest - 1.0 && value < highest + 1.0) return static_cast<int>(value);
-    return std::numeric_limits<int>::min();
 }
 
 }  // namespace Quorvane

@@ -14,8 +14,4 @@ int ReadInt(const std::string& text);
 float ReadFloat(const std::string& text);
 double ReadDouble(const std::string& text);
 
-/// Truncates toward zero. Values that no `int` holds, not-a-number among them, give the least `int`, as the
-/// conversion instruction of the desktop processors does; the language leaves that case undefined.
-int TruncateToInt(double value);
-
 }  // namespace Quorvane

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "TruncateToInt.h"
 #include "framework/NumberText.h"
 
 namespace Quorvane {
@@ -136,7 +137,20 @@ Param::Param(const std::vector<double>& value) { Set(value); }
 Param::Param(const std::vector<std::string>& value) { Set(value); }
 
 Param::Param(const Param& other) = default;
-Param& Param::operator=(const Param& other) = default;
+Param& Param::operator=(const Param& other) {
+    if (this == &other) return *this;
+    // Copied aside first: where memory runs out, this value stays as it was.
+    Param copy(other);
+    number_ = copy.number_;
+    kind_ = copy.kind_;
+    text_.swap(copy.text_);
+    ints_.swap(copy.ints_);
+    floats_.swap(copy.floats_);
+    doubles_.swap(copy.doubles_);
+    texts_.swap(copy.texts_);
+    return *this;
+}
+
 Param::~Param() = default;
 
 void Param::Set(int value) {

@@ -41,7 +41,10 @@ public:
         Unset = 8  ///< Nothing was set: reads as 0, an empty text, an empty list.
     };
 
+    /// Of no kind, unset.
     Param();
+    ///@{
+    /// A parameter of the argument's kind.
     Param(int value);
     Param(float value);
     Param(double value);
@@ -50,11 +53,16 @@ public:
     Param(const std::vector<float>& value);
     Param(const std::vector<double>& value);
     Param(const std::vector<std::string>& value);
+    ///@}
 
+    ///@{
+    /// The same value and kind as `other`.
     Param(const Param& other);
     Param& operator=(const Param& other);
+    ///@}
     ~Param();
 
+    ///@{
     /// Replace the value of the argument's kind and make it the kind of this parameter.
     void Set(int value);
     void Set(float value);
@@ -64,20 +72,26 @@ public:
     void Set(const std::vector<float>& value);
     void Set(const std::vector<double>& value);
     void Set(const std::vector<std::string>& value);
+    ///@}
 
-    /// A scalar. Of a list, the first element is taken; an empty list and an unset parameter give 0.
+    ///@{
+    /// The value as a number. Of a list, the first element is taken; an empty list and an unset parameter give 0.
     int ToInt() const;
     float ToFloat() const;
     double ToDouble() const;
+    ///@}
 
-    /// The text. A list gives "[a, b, ]": the separator also follows the last element, and an empty list is "[]".
+    /// The value as a text. A list gives "[a, b, ]": the separator also follows the last element, and an empty list is
+    /// "[]".
     std::string ToString() const;
 
-    /// A list. A scalar gives a list of one, an unset parameter an empty list.
+    ///@{
+    /// The value as a list. A scalar gives a list of one, an unset parameter an empty list.
     std::vector<int> ToIntVec() const;
     std::vector<float> ToFloatVec() const;
     std::vector<double> ToDoubleVec() const;
     std::vector<std::string> ToStringVec() const;
+    ///@}
 
     /// The number of elements of a list kind; 0 for every other kind, also for a text.
     std::size_t ArraySize() const;

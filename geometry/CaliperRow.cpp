@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "TruncateToInt.h"
 #include "geometry/CaliperGuard.h"
 #include "geometry/GrayImage.h"
-#include "geometry/Truncation.h"
 
 namespace Quorvane::UtilityFunctions {
 

@@ -6,7 +6,9 @@
 
 namespace Quorvane::UtilityFunctions {
 
-// Whether a picture differs from an earlier one, which the host keeps.
+/// @name Change detection
+/// Whether a picture differs from an earlier one, which the host keeps.
+///@{
 
 /// Whether any pixel of the two gray pictures differs, by one gray level or more.
 ///
@@ -21,5 +23,7 @@ QUORVANE_EXPORT bool IsMatChanged_GrayDiff(const cv::Mat& previous, const cv::Ma
 /// `previous` of other than one, three or four channels writes a line to standard error and counts as a distance of -1;
 /// such a `current` counts as a hash of zeros.
 QUORVANE_EXPORT bool IsMatChanged_HammingDistance(const cv::Mat& previous, const cv::Mat& current, int threshold);
+
+///@}
 
 }  // namespace Quorvane::UtilityFunctions

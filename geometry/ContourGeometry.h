@@ -8,9 +8,11 @@
 
 namespace Quorvane::UtilityFunctions {
 
-// Functions on contours (lists of corners in order), turned rectangles, crops and homographies. Coordinates are pixels
-// or machine units alike, x to the right, y down; angles are degrees, positive from +x towards +y. All are pure but for
-// their output arguments. None reports anything but through its result.
+/// @name Contours
+/// Functions on contours (lists of corners in order), turned rectangles, crops and homographies. Coordinates are pixels
+/// or machine units alike, x to the right, y down; angles are degrees, positive from +x towards +y. All are pure but
+/// for their output arguments. None reports anything but through its result.
+///@{
 
 /// Shift and rotation between two lists of matching points.
 ///
@@ -68,5 +70,7 @@ QUORVANE_EXPORT cv::Point2f GetRotateRectConner(cv::RotatedRect rect, int index)
 /// Where x differs by less than 0.0001, a point with the larger x may also count as the lesser one by its y. The order
 /// of such points depends on the order in which they come.
 QUORVANE_EXPORT std::vector<cv::Point2f> SortContour(const std::vector<cv::Point2f>& contour);
+
+///@}
 
 }  // namespace Quorvane::UtilityFunctions

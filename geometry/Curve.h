@@ -20,10 +20,13 @@ public:
 
     /// Everything zero and empty.
     Curve();
+    ///@{
+    /// The same points and figures; the points of a curve that was moved from are gone.
     Curve(const Curve& other);
     Curve(Curve&& other) noexcept;
     Curve& operator=(const Curve& other);
     Curve& operator=(Curve&& other) noexcept;
+    ///@}
     ~Curve();
 
     /// `curvePoints`, or `measuredPoints` where there are none.

@@ -71,7 +71,8 @@ std::vector<EdgeRecord> FindEdges(const std::vector<double>& derivative, double 
 
 void KeepSelected(const std::string& select, std::vector<EdgeRecord>& edges) {
     if (edges.empty() || select == "all") return;
-    edges = {select == "first" ? edges.front() : edges.back()};
+    if (select != "first") edges.front() = edges.back();
+    edges.erase(edges.begin() + 1, edges.end());
 }
 
 }  // namespace

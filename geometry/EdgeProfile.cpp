@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <limits>
 
-#include "geometry/Truncation.h"
+#include "TruncateToInt.h"
 
 namespace Quorvane::UtilityFunctions {
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <opencv2/imgproc.hpp>
 
+#include "geometry/GrayChannels.h"
+
 namespace Quorvane::UtilityFunctions {
 
 namespace {
@@ -10,14 +12,21 @@ namespace {
 bool IsColour(const cv::Mat& image) { return !image.empty() && (image.channels() == 3 || image.channels() == 4); }
 
 void ConvertColour(const cv::Mat& image, cv::Mat& gray) {
+    // An array of more dimensions is no picture. OpenCV would leave the gray one as the memory was.
+    CV_Assert(image.dims <= 2);
     cv::cvtColor(image, gray, image.channels() == 3 ? cv::COLOR_BGR2GRAY : cv::COLOR_BGRA2GRAY);
 }
 
 }  // namespace
 
 cv::Mat toGrayImage(cv::Mat image) {
+    if (image.empty() && image.channels() > 1) return image;
+    return toGrayImageStrictly(image);
+}
+
+cv::Mat toGrayImageStrictly(const cv::Mat& image) {
     if (image.channels() == 1) return image.clone();
-    if (!IsColour(image)) return image;
+    if (!CanBecomeGray(image)) return image;
     cv::Mat gray;
     ConvertColour(image, gray);
     return gray;

@@ -9,6 +9,9 @@ namespace Quorvane::UtilityFunctions {
 /// know gives its `cv::Exception`.
 cv::Mat toGrayImage(cv::Mat image);
 
+/// The same, but the conversion gets to see empty images of three or four channels, too, and refuses them.
+cv::Mat toGrayImageStrictly(const cv::Mat& image);
+
 /// As `toGrayImage`, for a reader who looks only at positions with `top` <= y <= `bottom`, interpolating between their
 /// neighbours: the result has the size of `image`, but other rows need not hold anything. The positions may lie beyond
 /// the image. A one-channel image is not copied.

@@ -66,6 +66,7 @@ cv::Mat fillHolesMorphologicalEnhanced(const cv::Mat& source, double colorTolera
                                        int expandRadius) {
     cv::Mat result = source.clone();
     if (source.empty()) return result;
+    CV_Assert(source.dims <= 2);
     cv::Mat lab;
     cv::cvtColor(source, lab, cv::COLOR_BGR2Lab);
     const cv::Mat regions = LargeColourRegions(lab, colorTolerance, areaLimit);

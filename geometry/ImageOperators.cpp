@@ -59,6 +59,8 @@ void ThresholdAndFindAllRegionCenter(const cv::Mat& image, const int& lower, con
     }
     if (!CanBecomeGray(image)) return;
     const cv::Mat gray = toGrayImage(image);
+    // Half floats have no place in OpenCV's table of comparisons: it would call a function that is not there.
+    CV_Assert(gray.depth() <= CV_64F);
     cv::Mat band;
     cv::inRange(gray, cv::Scalar(lower), cv::Scalar(upper), band);
     std::vector<std::vector<cv::Point>> contours;

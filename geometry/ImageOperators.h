@@ -8,7 +8,9 @@
 
 namespace Quorvane::UtilityFunctions {
 
-// Operators on whole pictures. Colour pictures are 8-bit in the order blue, green, red; positions are pixels.
+/// @name Image operators
+/// Operators on whole pictures. Colour pictures are 8-bit in the order blue, green, red; positions are pixels.
+///@{
 
 /// A pencil drawing of a picture: dark lines where the brightness bends, mixed with the gray picture.
 ///
@@ -48,8 +50,11 @@ QUORVANE_EXPORT cv::Point findDominantLABColorPointInContour(const cv::Mat& imag
 /// For each region a mask (the region 255, holes filled, the rest 0; size and type of the gray image) is appended to
 /// `regions`, and the centre of its bounding box to `centers`; for a crescent that lies off the region. The lists are
 /// not cleared first. A picture of other than one, three or four channels does nothing. An empty one writes
-/// "无效的输入图像！" to standard error.
+/// "无效的输入图像！" to standard error. Half floats, and colours of other depths than 8 or 16 bits without sign and
+/// floats, give a `cv::Exception`.
 QUORVANE_EXPORT void ThresholdAndFindAllRegionCenter(const cv::Mat& image, const int& lower, const int& upper,
                                                      std::vector<cv::Mat>& regions, std::vector<cv::Point2f>& centers);
+
+///@}
 
 }  // namespace Quorvane::UtilityFunctions

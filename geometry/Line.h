@@ -29,7 +29,7 @@ public:
     cv::Point2f direction;  ///< Of unit length, except after `fromVec4f`.
     float slope;            ///< k of y = k x + m; +infinity for a vertical line.
     float intercept;        ///< m of y = k x + m; for a vertical line the x of the line.
-    bool isVertical;
+    bool isVertical;        ///< Whether the line runs along y, to the tolerance above.
 
     /// The x axis: a = 0, b = -1, c = 0, direction (1, 0). The measurements give this line when they found none.
     Line();
@@ -42,9 +42,12 @@ public:
     /// As `fromGeneralForm`.
     Line(float generalA, float generalB, float generalC);
 
+    ///@{
+    /// The same line.
     Line(const Line& other) = default;
     Line& operator=(const Line& other);
     Line& operator=(Line&& other) noexcept;
+    ///@}
 
     /// The line from p1 towards p2. A vertical one is set to (a, b, c) = (1, 0, -x) and always points to +y, whatever
     /// the order of the points.

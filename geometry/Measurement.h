@@ -26,21 +26,23 @@ enum class SearchDirection {
     BottomToTop = 5   ///< Towards -y.
 };
 
-// The three measurements work alike. They lay a row of narrow rectangles, the calipers, across a search region, take
-// from each one the first edge that it meets, to a fraction of a pixel, and fit a shape through these points. A
-// caliper that meets no edge adds no point. The shape that comes back is the whole result; there is no status.
-//
-// Arguments that all three share:
-// - `image`: 8-bit, 16-bit or float, of one, three (blue, green, red) or four channels (with alpha), one channel also
-//   double. Three and four channels become gray as `cv::cvtColor` does it, and its exceptions for depths that it does
-//   not know reach the caller. Images of other channel counts or depths, and empty ones, have no edges.
-// - `polarity`: the transition to accept, along the scan.
-// - `sigma`: width of the smoothing derivative filter in pixels; at least 0.4 and at most a quarter of the caliper's
-//   length, whatever is asked for.
-// - `threshold`: least amplitude of an edge. A clean step of h gray levels has about 1.25 sigma h.
-//
-// An exception while a caliper is measured (memory ran out) is written to standard error, and the next caliper
-// follows.
+/// @name Measurements
+/// The three measurements work alike. They lay a row of narrow rectangles, the calipers, across a search region, take
+/// from each one the first edge that it meets, to a fraction of a pixel, and fit a shape through these points. A
+/// caliper that meets no edge adds no point. The shape that comes back is the whole result; there is no status.
+///
+/// Arguments that all three share:
+/// - `image`: 8-bit, 16-bit or float, of one, three (blue, green, red) or four channels (with alpha), one channel also
+///   double. Three and four channels become gray as `cv::cvtColor` does it, and its exceptions for depths that it does
+///   not know reach the caller. Images of other channel counts or depths, and empty ones, have no edges.
+/// - `polarity`: the transition to accept, along the scan.
+/// - `sigma`: width of the smoothing derivative filter in pixels; at least 0.4 and at most a quarter of the caliper's
+///   length, whatever is asked for.
+/// - `threshold`: least amplitude of an edge. A clean step of h gray levels has about 1.25 sigma h.
+///
+/// An exception while a caliper is measured (memory ran out) is written to standard error, and the next caliper
+/// follows.
+///@{
 
 /// Measures a straight edge in an axis-parallel rectangle of the given centre and full size, in pixels.
 ///
@@ -81,6 +83,8 @@ QUORVANE_EXPORT void MeasureCircle(const cv::Mat& image, const cv::Point2f& cent
 QUORVANE_EXPORT void MeasureCurve(const cv::Mat& image, const cv::Point2f& center, const double& width,
                                   const double& height, Curve& curve, EdgePolarity polarity, SearchDirection direction,
                                   const double& sigma, const double& threshold, const double& step, int reserved);
+
+///@}
 
 }  // namespace Quorvane::UtilityFunctions
 

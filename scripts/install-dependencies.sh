@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Makes everything available that building QuorvaneVision needs: a compiler, CMake, Ninja, GoogleTest, Google
-# Benchmark and an OpenCV of at least 4.9. Safe to run again at any time; what is there already is left alone.
+# Benchmark, CLI11 (for the example programs) and an OpenCV of at least 4.9. Safe to run again at any time; what is there
+# already is left alone.
 #
 #   scripts/install-dependencies.sh                  installs what is missing, saying what it does
-#   scripts/install-dependencies.sh --tests          also what the tests of the debug windows need: a virtual screen
+#   scripts/install-dependencies.sh --tests          also what tests need: a virtual screen, packaging tools
 #   scripts/install-dependencies.sh --print-prefix   prints the prefix that CMake needs to find OpenCV
 #                                                    (an empty line where it needs none) and installs nothing
 #
@@ -198,8 +199,8 @@ case "${1:-}" in
     *) fail "unknown argument '$1' (there are --tests and --print-prefix)" ;;
 esac
 
-install_packages g++ cmake ninja-build libgtest-dev libgmock-dev libbenchmark-dev
-if [ "$with_virtual_screen" = yes ]; then install_packages libx11-dev libxtst-dev xvfb; fi
+install_packages g++ cmake ninja-build libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev
+if [ "$with_virtual_screen" = yes ]; then install_packages libx11-dev libxtst-dev xvfb dpkg-dev fakeroot file xz-utils; fi
 
 if [ -n "${OpenCV_DIR:-}" ] && ! cmake_finds_opencv ""; then
     fail "OpenCV_DIR names $OpenCV_DIR, which is not an OpenCV of at least $minimum_opencv with the modules $opencv_modules"

@@ -7,9 +7,7 @@ cd "$root"
 
 command -v clang-format >/dev/null && command -v clang-tidy >/dev/null || {
     say "Installing clang-format and clang-tidy"
-    sudo=$([ "$(id -u)" -eq 0 ] || command -v sudo) || { say "FAILED: clang-format and clang-tidy have to be installed by an administrator"; exit 1; }
-    $sudo apt-get -qq update || true
-    $sudo env DEBIAN_FRONTEND=noninteractive apt-get -qq install -y --no-install-recommends clang-format clang-tidy
+    install_with_apt clang-format clang-tidy
 }
 
 say "Format"

@@ -10,6 +10,7 @@
 #include "examples/demo/AlgorithmRun.h"
 #include "examples/demo/Sections.h"
 #include "tests/support/Boards.h"
+#include "tests/support/Pictures.h"
 #include "tests/support/Scene.h"
 
 namespace Demo {
@@ -70,6 +71,7 @@ void ShowShots(Report& report) {
     const std::pair<std::string, cv::Mat> shots[] = {
         {"A good shot", Scene(clean).Blur(0.5).Noise(2.0, 1).Colour()},
         {"Out of focus, noisy, light down to 40 %", Scene(clean).Blur(1.3).Light(1.0, 0.4).Noise(5.0, 2).Colour()},
+        {"A photograph of a board with markers of another set", LoadColourPicture("charuco.jpg")},
         {"Half of the board covered", Scene(Photograph(camera, half, pose)).Blur(0.5).Colour()},
     };
     std::vector<Picture> pictures;

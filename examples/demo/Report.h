@@ -39,12 +39,19 @@ public:
     std::filesystem::path Write() const;
 
 private:
+    /// A section's entry in the contents at the top of the page.
+    struct SectionOnPage {
+        std::string title;
+        std::string cover;  ///< The file of the picture that stands for it; empty as long as it has none.
+        int pictures = 0;
+    };
+
     void Figure(const Picture& picture);
+    std::string Contents() const;
 
     std::filesystem::path folder_;
-    std::string contents_;
     std::string body_;
-    int sections_ = 0;
+    std::vector<SectionOnPage> sections_;
     int pictures_ = 0;
 };
 

@@ -265,6 +265,44 @@ TEST(FindCircleMarks, AnImageTooNarrowForAPatchIsOpenCvsException) {
     EXPECT_THROW(Search(picture, 24.0, 6.0, 0.3), cv::Exception);
 }
 
+// Why radii far beyond the image need no filters of their size.
+TEST(FindCircleMarks, ABlurBeyondTheWidestIsTheSame) {
+    const cv::Mat image = RandomInput(61).Image({40, 33});
+    cv::Mat widest;
+    cv::GaussianBlur(image, widest, {161, 161}, 2.0, 2.0, cv::BORDER_DEFAULT);
+    for (const int side : {163, 201, 999}) {
+        cv::Mat wider;
+        cv::GaussianBlur(image, wider, {side, side}, 2.0, 2.0, cv::BORDER_DEFAULT);
+        EXPECT_THAT(wider, EqualsMat(widest)) << side;
+    }
+}
+
+TEST(FindCircleMarks, AnOpeningThatHoldsTheImageLeavesItsLeastValue) {
+    const cv::Size size(24, 20);
+    const cv::Mat image = RandomInput(62).Image(size, 1, 17, 255);
+    double least = 0.0;
+    cv::minMaxLoc(image, &least);
+    const cv::Mat flat(size, CV_8UC1, cv::Scalar(least));
+    // Half the side is more than the diagonal, 31.2, and two.
+    for (const int side : {68, 69, 200}) {
+        const cv::Mat disc = cv::getStructuringElement(cv::MORPH_ELLIPSE, {side, side});
+        cv::Mat opened;
+        cv::morphologyEx(image, opened, cv::MORPH_OPEN, disc);
+        EXPECT_THAT(opened, EqualsMat(flat)) << side;
+    }
+}
+
+TEST(FindCircleMarks, FindsNothingOfARadiusFarBeyondTheImage) {
+    const cv::Mat image = RandomInput(63).Image({24, 20});
+    for (const double radius : {203.0, 210.0, 1e5, 1e8, 2e9, 6e9, 1e12, 1e300}) {
+        EXPECT_TRUE(Search(image, radius, 0.15 * radius, 0.85).centres.empty()) << radius;
+    }
+    const cv::Mat floats(20, 24, CV_32FC1, cv::Scalar(1));
+    EXPECT_THROW(Search(floats, 1e8, 1e7, 0.85), cv::Exception);
+    const cv::Mat twoChannels(20, 24, CV_8UC2, cv::Scalar(1));
+    EXPECT_THROW(Search(twoChannels, 1e8, 1e7, 0.85), cv::Exception);
+}
+
 TEST(StretchRange, OfTheFullRangeIsACopyOfItsOwn) {
     for (const int channels : {1, 2, 3, 4}) {
         const cv::Mat image = RandomInput(49).Image({31, 17}, channels);

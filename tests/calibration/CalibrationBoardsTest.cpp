@@ -2,9 +2,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <iostream>
 #include <opencv2/calib3d.hpp>
 #include <opencv2/imgproc.hpp>
+#include <stdexcept>
+#include <utility>
 
 #include "calibration/CameraCalibration.h"
 #include "calibration/CircleGrid.h"
@@ -26,6 +29,7 @@ const cv::Size pattern(7, 5);
 const char* const untouched = "left from before";
 const char* const takeAgain =
     "Quorvane::CameraCalibration::FindCalibrationBoard : Poor picture quality, Please re-shoot!";
+const std::string fromTheLibrary = "[Quorvane::CameraCalibration::FindCalibrationBoard]OpenCV(";
 
 /// A blob detector of the host's own, which remembers the pictures that it is shown.
 class RememberingDetector : public cv::Feature2D {
@@ -181,8 +185,86 @@ TEST(FindCalibrationBoard, PassesTheFlagsOn) {
     // An asymmetric grid is another arrangement, which this board does not have.
     Find(FisheyeShot(), cv::SimpleBlobDetector::create(), cv::CALIB_CB_ASYMMETRIC_GRID).ExpectRefusedWith(takeAgain);
     // And no grid at all is refused by OpenCV.
-    Find(FisheyeShot(), cv::SimpleBlobDetector::create(), 0)
-        .ExpectRefusedWith("[Quorvane::CameraCalibration::FindCalibrationBoard]OpenCV(");
+    Find(FisheyeShot(), cv::SimpleBlobDetector::create(), 0).ExpectRefusedWith(fromTheLibrary);
+}
+
+/// Circles in rows that are shifted by half a step against each other, seen obliquely.
+cv::Mat AsymmetricShot(cv::Size asymmetric) {
+    constexpr int step = 40;
+    cv::Mat print(480, 640, CV_8UC1, cv::Scalar(225));
+    for (int row = 0; row < asymmetric.height; ++row) {
+        for (int column = 0; column < asymmetric.width; ++column) {
+            cv::circle(print, {120 + row * step, 100 + (2 * column + row % 2) * step}, 14, cv::Scalar(25), cv::FILLED,
+                       cv::LINE_AA);
+        }
+    }
+    const std::vector<cv::Point2f> from{{0, 0}, {640, 0}, {640, 480}, {0, 480}};
+    const std::vector<cv::Point2f> to{{30, 20}, {600, 40}, {620, 450}, {20, 470}};
+    cv::Mat shot;
+    cv::warpPerspective(print, shot, cv::getPerspectiveTransform(from, to), print.size(), cv::INTER_AREA,
+                        cv::BORDER_REPLICATE);
+    return shot;
+}
+
+TEST(FindCalibrationBoard, FindsAnAsymmetricGridAndRatesItAgainstTheSymmetricOne) {
+    const cv::Size asymmetric(4, 11);
+    const Shot shot =
+        Find(AsymmetricShot(asymmetric), cv::SimpleBlobDetector::create(), cv::CALIB_CB_ASYMMETRIC_GRID, asymmetric);
+    ASSERT_TRUE(shot.found) << shot.text;
+    EXPECT_EQ(shot.centers.size(), 44u);
+    EXPECT_EQ(shot.text, untouched);
+    EXPECT_GT(shot.quality, 10.0) << "the rating knows one arrangement alone, and hosts know that";
+}
+
+/// Finds circles where it is told to, or throws what it is told to.
+class ScriptedDetector : public cv::Feature2D {
+public:
+    using Script = std::function<std::vector<cv::KeyPoint>(std::size_t call)>;
+    explicit ScriptedDetector(Script script) : script_(std::move(script)) {}
+    void detect(cv::InputArray /*image*/, std::vector<cv::KeyPoint>& keypoints, cv::InputArray /*mask*/) override {
+        keypoints = script_(++calls_);
+    }
+
+private:
+    Script script_;
+    std::size_t calls_ = 0;
+};
+
+TEST(FindCalibrationBoard, AnExceptionOfTheSecondSearchIsReported) {
+    const auto detector = cv::makePtr<ScriptedDetector>([](std::size_t call) {
+        if (call == 2) CV_Error(cv::Error::StsError, "the second search");
+        return std::vector<cv::KeyPoint>();
+    });
+    const Shot shot = Find(FisheyeShot(), detector);
+    shot.ExpectRefusedWith(fromTheLibrary);
+    EXPECT_THAT(shot.text, testing::HasSubstr("the second search"));
+}
+
+TEST(FindCalibrationBoard, AnExceptionAfterTheCentresWereFoundTakesThemBack) {
+    // Circles beyond the picture make a grid, but cannot be refined.
+    const auto detector = cv::makePtr<ScriptedDetector>([](std::size_t /*call*/) {
+        std::vector<cv::KeyPoint> circles;
+        for (const cv::Point3f& place : GenerateActualPositions(7, 5, 20.0f)) {
+            circles.emplace_back(cv::Point2f(50.0f + place.x, 40.0f + place.y), 10.0f);
+        }
+        return circles;
+    });
+    const cv::Mat small(100, 100, CV_8UC1, cv::Scalar(200));
+    std::vector<cv::Point2f> centers;
+    ASSERT_TRUE(cv::findCirclesGrid(small, pattern, centers, cv::CALIB_CB_SYMMETRIC_GRID, detector));
+    Find(small, detector).ExpectRefusedWith(fromTheLibrary);
+}
+
+TEST(FindCalibrationBoard, ExceptionsOfOthersPass) {
+    const auto detector = cv::makePtr<ScriptedDetector>(
+        [](std::size_t /*call*/) -> std::vector<cv::KeyPoint> { throw std::runtime_error("the host's own"); });
+    std::vector<cv::Point2f> centers{{1.0f, 2.0f}};
+    double quality = 42.0;
+    SetLastError(untouched);
+    EXPECT_THROW(FindCalibrationBoard(FisheyeShot(), pattern, centers, quality, cv::CALIB_CB_SYMMETRIC_GRID, detector),
+                 std::runtime_error);
+    EXPECT_EQ(GetLastError(), untouched);
+    EXPECT_EQ(quality, 42.0);
 }
 
 TEST(FindCalibrationBoard, EmptyPicturesAndOtherChannelCountsChangeNothing) {
@@ -192,11 +274,10 @@ TEST(FindCalibrationBoard, EmptyPicturesAndOtherChannelCountsChangeNothing) {
 }
 
 TEST(FindCalibrationBoard, ReportsExceptionsOfTheLibrary) {
-    const std::string start = "[Quorvane::CameraCalibration::FindCalibrationBoard]OpenCV(";
     cv::Mat deep;
     FisheyeShot().convertTo(deep, CV_16U, 256.0);
-    Find(deep).ExpectRefusedWith(start);
-    Find(FisheyeShot(), cv::Ptr<cv::Feature2D>()).ExpectRefusedWith(start);
+    Find(deep).ExpectRefusedWith(fromTheLibrary);
+    Find(FisheyeShot(), cv::Ptr<cv::Feature2D>()).ExpectRefusedWith(fromTheLibrary);
 }
 
 }  // namespace

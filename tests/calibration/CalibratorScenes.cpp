@@ -16,13 +16,13 @@ struct Opened {
 
 struct HomographyField {
     using Member = cv::Mat CameraCalibrator::*;
-    friend Member Open(HomographyField which);
+    friend Member Open(HomographyField /*which*/);
 };
 template struct Opened<HomographyField, &CameraCalibrator::homography>;
 
 struct PolynomialTerms {
     using Member = cv::Mat (CameraCalibrator::*)(const std::vector<cv::Point2f>&);
-    friend Member Open(PolynomialTerms which);
+    friend Member Open(PolynomialTerms /*which*/);
 };
 template struct Opened<PolynomialTerms, &CameraCalibrator::BuildPolynomialTerms>;
 
@@ -92,6 +92,12 @@ CameraCalibrator WithHomography(const cv::Mat& homography, cv::Size picture) {
     file.release();
     CameraCalibrator calibrator;
     if (!calibrator.LoadCalibration(path)) throw std::runtime_error("the homography could not be loaded");
+    return calibrator;
+}
+
+CameraCalibrator UncalibratedWith(const cv::Mat& homography) {
+    CameraCalibrator calibrator;
+    calibrator.*Open(HomographyField()) = homography;
     return calibrator;
 }
 

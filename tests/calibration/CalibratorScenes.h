@@ -34,6 +34,9 @@ CameraCalibrator CalibratedButEmpty();
 /// Loaded from a file with this matrix.
 CameraCalibrator WithHomography(const cv::Mat& homography, cv::Size picture = {640, 480});
 
+/// With this matrix, but without the calibrated state.
+CameraCalibrator UncalibratedWith(const cv::Mat& homography);
+
 // Private members, for which there is no other way to look.
 cv::Mat HomographyOf(const CameraCalibrator& calibrator);
 cv::Mat PolynomialTermsOf(const std::vector<cv::Point2f>& points);

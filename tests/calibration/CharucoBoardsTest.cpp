@@ -2,13 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdint>
-#include <cstring>
 #include <iostream>
-#include <limits>
 #include <numeric>
 #include <opencv2/calib3d.hpp>
-#include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 #include <opencv2/objdetect/aruco_dictionary.hpp>
 
@@ -17,6 +13,7 @@
 #include "calibration/ShotQuality.h"
 #include "tests/support/Boards.h"
 #include "tests/support/Matchers.h"
+#include "tests/support/Pictures.h"
 #include "tests/support/Scene.h"
 #include "tests/support/ScratchFolder.h"
 
@@ -222,6 +219,56 @@ TEST(FindChArUcoBoard, AGrayPictureIsOverwrittenAlsoWhereNoBoardIsFound) {
     EXPECT_THAT(picture, EqualsMat(markerImage));
 }
 
+TEST(FindChArUcoBoard, MayShowTheCornersInTheGrayPictureItself) {
+    const Shot apart = Find(PinholeShot(), squares);
+    Shot same;
+    const cv::Mat picture = PinholeShot();
+    same.shown = picture;
+    ASSERT_TRUE(FindChArUcoBoard(picture, squares.width, squares.height, squareLength, markerLength, false,
+                                 same.imagePoints, same.objectPoints, same.ids, same.quality, same.shown, false));
+    EXPECT_EQ(same.shown.data, picture.data);
+    EXPECT_THAT(same.shown, EqualsMat(apart.shown));
+    EXPECT_EQ(same.quality, apart.quality);
+}
+
+TEST(FindChArUcoBoard, OfARegionOfAPictureOverwritesTheRegionAlone) {
+    const cv::Rect region(30, 20, 640, 480);
+    cv::Mat large(520, 700, CV_8UC1, cv::Scalar(77));
+    PinholeShot().copyTo(large(region));
+    const Shot shot = Find(large(region), squares);
+    ASSERT_TRUE(shot.found) << shot.text;
+    EXPECT_THAT(shot.shown, EqualsMat(Find(PinholeShot(), squares).shown));
+    cv::Mat expected(large.size(), CV_8UC1, cv::Scalar(77));
+    MarkerImageOf(PinholeShot()).copyTo(expected(region));
+    EXPECT_THAT(large, EqualsMat(expected));
+}
+
+TEST(FindChArUcoBoard, TakesAPictureInAnyArrayOfOpenCV) {
+    const Shot expected = Find(PinholeShot(), squares);
+    cv::UMat picture;
+    PinholeShot().copyTo(picture);
+    Shot shot;
+    cv::UMat shown;
+    ASSERT_TRUE(FindChArUcoBoard(picture, squares.width, squares.height, squareLength, markerLength, false,
+                                 shot.imagePoints, shot.objectPoints, shot.ids, shot.quality, shown, false));
+    EXPECT_EQ(shot.imagePoints, expected.imagePoints);
+    EXPECT_EQ(shot.quality, expected.quality);
+    EXPECT_THAT(shown.getMat(cv::ACCESS_READ).clone(), EqualsMat(expected.shown));
+}
+
+// A photograph of a printed board whose markers are of another set.
+TEST(FindChArUcoBoard, RefusesAPhotographOfABoardWithMarkersOfAnotherSet) {
+    const cv::Mat colour = LoadColourPicture("charuco.jpg");
+    const cv::Mat before = colour.clone();
+    const Shot shot = Find(colour, {5, 7});
+    shot.ExpectRefusedWith(takeAgain);
+    EXPECT_THAT(shot.imagePoints, IsEmpty());
+    EXPECT_THAT(colour, EqualsMat(before));
+    const cv::Mat gray = LoadGrayPicture("charuco.jpg");
+    Find(gray, {5, 7}).ExpectRefusedWith(takeAgain);
+    EXPECT_THAT(gray, EqualsMat(MarkerImageOf(LoadGrayPicture("charuco.jpg"))));
+}
+
 TEST(FindChArUcoBoard, LeavesAColourPictureAloneAndDrawsTheCornersInBlue) {
     const cv::Mat picture = Colour(PinholeShot());
     const Shot shot = Find(picture, squares);
@@ -325,80 +372,15 @@ TEST(FindChArUcoBoard, ReportsExceptionsOfTheLibrary) {
     Find(PinholeShot(), {-7, 5}).ExpectRefusedWith(fromTheLibrary);
 }
 
-/// A board drawn to a file, and what the caller gets.
-struct Drawn {
+TEST(FindChArUcoBoard, FindsWhatGenerateChArUcoBoardDraws) {
+    const ScratchFolder folder;
     cv::aruco::Dictionary dictionary;
-    cv::aruco::CharucoBoard board{cv::Size(2, 2), 2.0f, 1.0f,
-                                  cv::aruco::getPredefinedDictionary(cv::aruco::DICT_4X4_50)};
-    cv::Mat image;
-
-    void Draw(const std::string& path, cv::Size boardSquares, float square, float marker, int dpi) {
-        image =
-            GenerateChArUcoBoard(path, boardSquares.width, boardSquares.height, square, marker, dictionary, board, dpi);
-    }
-};
-
-TEST(GenerateChArUcoBoard, DrawsTheBoardAtItsTrueSizeTruncated) {
-    const ScratchFolder folder;
-    Drawn drawn;
-    drawn.Draw(folder.File("board.png"), {10, 3}, 20.0f, 15.0f, 300);
-    EXPECT_EQ(drawn.image.size(), cv::Size(2362, 708));  // 2362.2 and 708.66
-    EXPECT_EQ(drawn.image.type(), CV_8UC1);
-    cv::Mat expected;
-    drawn.board.generateImage(drawn.image.size(), expected, 0, 1);
-    EXPECT_THAT(drawn.image, EqualsMat(expected));
-    EXPECT_THAT(cv::imread(folder.File("board.png"), cv::IMREAD_UNCHANGED), EqualsMat(expected));
-}
-
-TEST(GenerateChArUcoBoard, FillsTheDictionaryAndTheBoardInMetres) {
-    const ScratchFolder folder;
-    Drawn drawn;
-    drawn.Draw(folder.File("board.png"), {7, 5}, 12.5f, 9.0f, 72);
-    EXPECT_EQ(drawn.board.getChessboardSize(), cv::Size(7, 5));
-    EXPECT_EQ(drawn.board.getSquareLength(), 12.5f / 1000);
-    EXPECT_EQ(drawn.board.getMarkerLength(), 9.0f / 1000);
-    EXPECT_EQ(drawn.dictionary.markerSize, 7);
-    EXPECT_EQ(drawn.dictionary.bytesList.rows, 250);
-    EXPECT_THAT(drawn.dictionary.bytesList,
-                EqualsMat(cv::aruco::getPredefinedDictionary(cv::aruco::DICT_7X7_250).bytesList));
-}
-
-/// The value of a rational tag of a little-endian TIFF file's first directory.
-double TiffRational(const std::string& file, std::uint16_t wanted) {
-    const auto at = [&](std::size_t offset, auto value) {
-        std::memcpy(&value, file.data() + offset, sizeof value);
-        return value;
-    };
-    const std::size_t directory = at(4, std::uint32_t());
-    const int entries = at(directory, std::uint16_t());
-    for (int i = 0; i < entries; ++i) {
-        const std::size_t entry = directory + 2 + static_cast<std::size_t>(i) * 12;
-        if (at(entry, std::uint16_t()) != wanted) continue;
-        const std::size_t value = at(entry + 8, std::uint32_t());
-        return static_cast<double>(at(value, std::uint32_t())) / at(value + 4, std::uint32_t());
-    }
-    return std::numeric_limits<double>::quiet_NaN();
-}
-
-TEST(GenerateChArUcoBoard, ATiffFileCarriesTheResolution) {
-    constexpr std::uint16_t xResolution = 282;
-    constexpr std::uint16_t yResolution = 283;
-    const ScratchFolder folder;
-    Drawn drawn;
-    drawn.Draw(folder.File("board.tif"), {5, 4}, 10.0f, 7.5f, 254);
-    EXPECT_EQ(drawn.image.size(), cv::Size(500, 400));
-    const std::string file = folder.Read("board.tif");
-    ASSERT_THAT(file, StartsWith("II"));
-    EXPECT_EQ(TiffRational(file, xResolution), 254.0);
-    EXPECT_EQ(TiffRational(file, yResolution), 254.0);
-}
-
-TEST(GenerateChArUcoBoard, WhatItDrawsIsFound) {
-    const ScratchFolder folder;
-    Drawn drawn;
-    drawn.Draw(folder.File("board.png"), squares, squareLength, markerLength, 100);
+    cv::aruco::CharucoBoard board(cv::Size(2, 2), 2.0f, 1.0f,
+                                  cv::aruco::getPredefinedDictionary(cv::aruco::DICT_4X4_50));
+    const cv::Mat drawn = GenerateChArUcoBoard(folder.File("board.png"), squares.width, squares.height, squareLength,
+                                               markerLength, dictionary, board, 100);
     cv::Mat onPaper;
-    cv::copyMakeBorder(drawn.image, onPaper, 40, 40, 40, 40, cv::BORDER_CONSTANT, cv::Scalar(255));
+    cv::copyMakeBorder(drawn, onPaper, 40, 40, 40, 40, cv::BORDER_CONSTANT, cv::Scalar(255));
     // Seen squarely from the front a single view leaves the lens undetermined; a slight tilt does not.
     const std::vector<cv::Point2f> from{{0, 0}, {631, 0}, {631, 473}, {0, 473}};
     const std::vector<cv::Point2f> to{{25, 18}, {600, 40}, {620, 450}, {10, 470}};
@@ -408,29 +390,6 @@ TEST(GenerateChArUcoBoard, WhatItDrawsIsFound) {
     const Shot shot = Find(tilted, squares);
     EXPECT_TRUE(shot.found) << shot.text;
     EXPECT_THAT(shot.ids, SizeIs(24));
-}
-
-TEST(GenerateChArUcoBoard, DoesNotTellWhetherTheFileCouldBeWritten) {
-    const ScratchFolder folder;
-    Drawn drawn;
-    SetLastError(untouched);
-    drawn.Draw(folder.File("no/such/folder/board.png"), squares, squareLength, markerLength, 72);
-    EXPECT_FALSE(drawn.image.empty());
-    EXPECT_EQ(GetLastError(), untouched);
-}
-
-TEST(GenerateChArUcoBoard, LetsExceptionsPass) {
-    const ScratchFolder folder;
-    const std::string path = folder.File("board.png");
-    Drawn drawn;
-    SetLastError(untouched);
-    EXPECT_THROW(drawn.Draw(path, {1, 5}, 20.0f, 15.0f, 72), cv::Exception);
-    EXPECT_THROW(drawn.Draw(path, {7, 5}, 15.0f, 20.0f, 72), cv::Exception);
-    EXPECT_THROW(drawn.Draw(path, {7, 5}, 20.0f, 15.0f, 0), cv::Exception);
-    EXPECT_THROW(drawn.Draw(path, {7, 5}, 20.0f, 15.0f, -300), cv::Exception);
-    EXPECT_THROW(drawn.Draw(path, {7, 5}, 3e9f, 1e9f, 300), cv::Exception) << "a size that no int holds";
-    EXPECT_THROW(drawn.Draw(folder.File("board.nonsense"), squares, squareLength, markerLength, 72), cv::Exception);
-    EXPECT_EQ(GetLastError(), untouched);
 }
 
 }  // namespace

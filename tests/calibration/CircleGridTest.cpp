@@ -94,13 +94,12 @@ struct Tries {
             points = {cv::Point2f(1.0f, static_cast<float>(patterns.size()))};
             return patterns.size() == succeedsAt;
         };
-        return FindBoardEitherWay(gray, {7, 5}, search, centers, found);
+        return FindBoardEitherWay(gray, {7, 5}, search, view);
     }
     std::size_t succeedsAt;
     std::vector<cv::Mat> pictures;
     std::vector<cv::Size> patterns;
-    std::vector<cv::Point2f> centers;
-    cv::Size found;
+    BoardView view;
 };
 
 TEST(FindBoardEitherWay, TriesGrayThenEvenedThenBothSwapped) {
@@ -114,13 +113,14 @@ TEST(FindBoardEitherWay, TriesGrayThenEvenedThenBothSwapped) {
     EXPECT_THAT(tries.pictures[3], EqualsMat(EvenedImage(gray)));
 }
 
-TEST(FindBoardEitherWay, StopsAtTheFirstSuccessAndTellsItsPattern) {
+TEST(FindBoardEitherWay, StopsAtTheFirstSuccessAndItsPositionsFollowTheSwap) {
     for (std::size_t at = 1; at <= 4; ++at) {
         Tries tries(at);
         EXPECT_TRUE(tries.Run(TestSupport::LoadGrayPicture("coins.png")));
         EXPECT_EQ(tries.patterns.size(), at);
-        EXPECT_EQ(tries.found, at <= 2 ? cv::Size(7, 5) : cv::Size(5, 7));
-        EXPECT_THAT(tries.centers, ElementsAre(cv::Point2f(1.0f, static_cast<float>(at))));
+        EXPECT_EQ(tries.view.positions,
+                  at <= 2 ? GenerateActualPositions(7, 5, 1.0f) : GenerateActualPositions(5, 7, 1.0f));
+        EXPECT_THAT(tries.view.centers, ElementsAre(cv::Point2f(1.0f, static_cast<float>(at))));
     }
 }
 

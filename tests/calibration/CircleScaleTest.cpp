@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <opencv2/imgproc.hpp>
+#include <string>
 
 #include "calibration/CameraCalibration.h"
 #include "calibration/CircleCandidates.h"
@@ -243,6 +244,39 @@ TEST(CalScalePixToMmUseCircle, HandsExceptionsToTheCallerAndTouchesNothing) {
         EXPECT_EQ(center, noCenter);
         EXPECT_EQ(radius, noRadius);
         EXPECT_EQ(scale, 3.0);
+    }
+}
+
+/// The text of the exception that `action` throws; empty without one.
+template <typename Action>
+std::string ExceptionText(Action action) {
+    try {
+        action();
+    } catch (const cv::Exception& failure) {
+        return failure.what();
+    }
+    return {};
+}
+
+TEST(CalScalePixToMmUseCircle, HandsOnTheRefusalOfTheConversionToGray) {
+    std::vector<cv::Mat> pictures{cv::Mat(0, 0, CV_8UC3), cv::Mat(0, 9, CV_8UC4), cv::Mat(0, 0, CV_64FC3)};
+    for (const int depth : {CV_8S, CV_16S, CV_32S, CV_64F, CV_16F}) {
+        for (const int channels : {3, 4}) pictures.emplace_back(90, 100, CV_MAKETYPE(depth, channels));
+    }
+    for (const cv::Mat& picture : pictures) {
+        SCOPED_TRACE(testing::Message() << picture.size() << " of " << cv::typeToString(picture.type()));
+        const std::string expected = ExceptionText([&] {
+            cv::Mat gray;
+            cv::cvtColor(picture, gray, picture.channels() == 3 ? cv::COLOR_BGR2GRAY : cv::COLOR_BGRA2GRAY);
+        });
+        EXPECT_FALSE(expected.empty());
+        EXPECT_EQ(ExceptionText([&] { Measure(picture); }), expected);
+        std::vector<cv::Point2f> centers;
+        std::vector<double> radii;
+        EXPECT_EQ(ExceptionText([&] { DetectCircleCandidates(picture, centers, radii); }), expected);
+        cv::Point2f center;
+        double radius = 0.0;
+        EXPECT_EQ(ExceptionText([&] { FindCircleCross(picture, center, radius); }), expected);
     }
 }
 

@@ -6,10 +6,10 @@
 #include <limits>
 #include <opencv2/imgproc.hpp>
 #include <opencv2/photo.hpp>
+#include <stdexcept>
 
 #include "calibration/CameraCalibration.h"
 #include "calibration/LastError.h"
-#include "calibration/TruncateToInt.h"
 #include "tests/support/Matchers.h"
 #include "tests/support/RandomInput.h"
 #include "tests/support/TwoCameras.h"
@@ -285,6 +285,29 @@ TEST(DoBlendingImageForDualCam, PicturesOfAnotherTypeAreRefused) {
     }
 }
 
+TEST(DoBlendingImageForDualCam, APictureOfAFewRowsGetsWhatOpenCVMakesOfIt) {
+    const auto ofRows = [](int rows) {
+        Blending blending(Shifted(-80.0, 0.0));
+        blending.image2 = Texture({100, rows}, 5);
+        return blending;
+    };
+    for (const int refused : {1, 4}) {
+        Blending blending = ofRows(refused);
+        blending.ExpectRefusedByOpenCV();
+        EXPECT_EQ(blending.seamX, 100.0) << "the seam was written before";
+    }
+    // Not an exception of OpenCV's own, and so it passes to the host.
+    Blending three = ofRows(3);
+    EXPECT_THROW(three.Run(), std::length_error);
+    EXPECT_EQ(GetLastError(), untouched);
+    EXPECT_THAT(three.blended, EqualsMat(cv::Mat::ones(2, 2, CV_8U)));
+    for (const int rows : {2, 5, 6}) {
+        Blending blending = ofRows(rows);
+        EXPECT_TRUE(blending.Run()) << GetLastError();
+        EXPECT_EQ(blending.blended.size(), cv::Size(180, rows));
+    }
+}
+
 TEST(DoBlendingImageForDualCam, AHomographyOutOfAllBoundsDoesNoHarm) {
     EXPECT_TRUE(Blending(Shifted(-1e4, 0.0)).Run());
     for (const double far : {-1e10, -1e20, -1e300, -std::numeric_limits<double>::infinity()}) {
@@ -305,17 +328,6 @@ TEST(DoBlendingImageForDualCam, MayOverwriteOneOfItsPictures) {
         ASSERT_TRUE(DoBlendingImageForDualCam(blending.image1, upright, blending.image2, upright, 1.0, 1.0,
                                               blending.homography, blending.seamX, blending.image2));
         EXPECT_THAT(blending.image2, EqualsMat(expected.blended));
-    }
-}
-
-TEST(TruncateToInt, OfADoubleCutsTowardZeroAndSendsTheRestToTheLeastInt) {
-    const int least = std::numeric_limits<int>::min();
-    EXPECT_EQ(TruncateToInt(124.998), 124);
-    EXPECT_EQ(TruncateToInt(-0.9), 0);
-    EXPECT_EQ(TruncateToInt(2147483647.5), 2147483647);
-    EXPECT_EQ(TruncateToInt(-2147483648.5), least);
-    for (const double beyond : {2147483648.0, -2147483649.0, 1e300, std::numeric_limits<double>::quiet_NaN()}) {
-        EXPECT_EQ(TruncateToInt(beyond), least);
     }
 }
 

@@ -6,7 +6,6 @@
 #include <cmath>
 #include <limits>
 
-#include "calibration/TruncateToInt.h"
 #include "tests/support/Matchers.h"
 #include "tests/support/RandomInput.h"
 
@@ -22,7 +21,7 @@ cv::Mat RandomHomography(TestSupport::RandomInput& random) {
             random.Real(-1e-4, 1e-4), random.Real(0.9, 1.1));
 }
 
-TEST(Mapped, IsTheProductWithTheColumnDividedByItsThirdElement) {
+TEST(Mapped, IsOpenCVsProductWithTheColumnDividedByItsThirdElement) {
     TestSupport::RandomInput random(17);
     for (int i = 0; i < 500; ++i) {
         const cv::Mat homography = RandomHomography(random);
@@ -32,8 +31,8 @@ TEST(Mapped, IsTheProductWithTheColumnDividedByItsThirdElement) {
         const cv::Mat product = homography * column;
         const double* r = product.ptr<double>();
         const cv::Point2f mapped = Mapped(homography, point);
-        EXPECT_FLOAT_EQ(mapped.x, static_cast<float>(r[0] / r[2]));
-        EXPECT_FLOAT_EQ(mapped.y, static_cast<float>(r[1] / r[2]));
+        EXPECT_EQ(mapped.x, static_cast<float>(r[0] / r[2]));
+        EXPECT_EQ(mapped.y, static_cast<float>(r[1] / r[2]));
     }
 }
 
@@ -84,17 +83,6 @@ TEST(FitToCanvas, SurvivesWhatHasNoBounds) {
 }
 
 TEST(Distance, IsEuclidean) { EXPECT_EQ(Distance({1.0f, 2.0f}, {4.0f, -2.0f}), 5.0); }
-
-TEST(TruncateToInt, TruncatesTowardZeroAndMapsTheRestToTheLeastInt) {
-    constexpr int least = std::numeric_limits<int>::min();
-    EXPECT_EQ(TruncateToInt(2.9f), 2);
-    EXPECT_EQ(TruncateToInt(-2.9f), -2);
-    EXPECT_EQ(TruncateToInt(-2147483648.0f), least);
-    EXPECT_EQ(TruncateToInt(2147483520.0f), 2147483520);
-    EXPECT_EQ(TruncateToInt(2147483648.0f), least);
-    EXPECT_EQ(TruncateToInt(std::numeric_limits<float>::infinity()), least);
-    EXPECT_EQ(TruncateToInt(std::numeric_limits<float>::quiet_NaN()), least);
-}
 
 }  // namespace
 }  // namespace Quorvane::CameraCalibration

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstring>
 #include <type_traits>
 #include <utility>
 
@@ -57,6 +59,17 @@ TEST(ImageDirFlags, IsOneWordOfBits) {
     EXPECT_EQ(flags.reservedBits, (1u << 27) - 1u);
     EXPECT_EQ(flags.rotateCode, 0);
     EXPECT_FALSE(std::is_default_constructible_v<ImageDirFlags>);
+}
+
+TEST(ImageDirFlags, ItsFieldsLieInOrderFromTheLowestBit) {
+    ImageDirFlags flags(2, false, true);
+    flags.reservedBits = 5u;
+    std::uint32_t word = 0;
+    std::memcpy(&word, &flags, sizeof word);
+    EXPECT_EQ(word, 2u | 1u << 4 | 5u << 5);
+    flags.flipHorizontal = 1u;
+    std::memcpy(&word, &flags, sizeof word);
+    EXPECT_EQ(word, 2u | 1u << 3 | 1u << 4 | 5u << 5);
 }
 
 TEST(ImageDirFlags, TheRotationWrapsInThreeBitsWithASign) {

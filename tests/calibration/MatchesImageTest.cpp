@@ -117,6 +117,26 @@ TEST(CreateMatchesImage, ThinLinesOfOpenCVLieUnderTheThickOnes) {
     EXPECT_THAT(drawing.picture, EqualsMat(first)) << "the same again in the same picture";
 }
 
+TEST(CreateMatchesImage, EndsAreRoundedAfterTheShift) {
+    // Halves go to the even number: 10.5 to 10, but 81 + 10.5 to 92.
+    const cv::Point2f point(10.5f, 20.5f);
+    Drawing drawing;
+    drawing.image1 = cv::Mat(60, 81, CV_8UC3, cv::Scalar(10, 20, 30));
+    drawing.points1 = drawing.points2 = {point};
+    ASSERT_TRUE(drawing.Run(8));
+    const auto withThickLineTo = [&](const cv::Point& end) {
+        const std::vector<cv::KeyPoint> keypoints{{point, 1.0f}};
+        cv::Mat picture;
+        cv::setRNGSeed(8);
+        cv::drawMatches(drawing.image1, keypoints, drawing.image2, keypoints, {{0, 0, 0.0f}}, picture,
+                        cv::Scalar::all(-1), cv::Scalar::all(-1), {}, cv::DrawMatchesFlags::NOT_DRAW_SINGLE_POINTS);
+        cv::line(picture, {10, 20}, end, Colours(1)[0], 2, cv::LINE_8);
+        return picture;
+    };
+    EXPECT_THAT(drawing.picture, EqualsMat(withThickLineTo({92, 20})));
+    EXPECT_FALSE(MatsAreEqual(drawing.picture, withThickLineTo({91, 20})));
+}
+
 TEST(CreateMatchesImage, PointsAreThoseOfTheOrientedPictures) {
     Drawing straight;
     straight.image1 = RandomInput(1).Image({80, 60}, 3);

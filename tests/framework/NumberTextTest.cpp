@@ -27,16 +27,5 @@ TEST(FixedText, InfinitiesAndNotANumberAreThePlatforms) {
     EXPECT_NE(FixedText(std::nan("")).find("nan"), std::string::npos);
 }
 
-TEST(TruncateToInt, GivesTheLeastIntForWhatNoIntHolds) {
-    constexpr int least = std::numeric_limits<int>::min();
-    EXPECT_EQ(TruncateToInt(2147483647.9), 2147483647);
-    EXPECT_EQ(TruncateToInt(2147483648.0), least);
-    EXPECT_EQ(TruncateToInt(-2147483648.9), least);
-    EXPECT_EQ(TruncateToInt(-2147483649.0), least);
-    EXPECT_EQ(TruncateToInt(std::numeric_limits<double>::infinity()), least);
-    EXPECT_EQ(TruncateToInt(std::nan("")), least);
-    EXPECT_EQ(TruncateToInt(-0.5), 0);
-}
-
 }  // namespace
 }  // namespace Quorvane

@@ -14,6 +14,7 @@ using TestSupport::EqualsMat;
 using TestSupport::RandomInput;
 using UtilityFunctions::grayImageBetween;
 using UtilityFunctions::toGrayImage;
+using UtilityFunctions::toGrayImageStrictly;
 
 namespace {
 
@@ -50,6 +51,17 @@ TEST(ToGrayImage, ReturnsAnEmptyImageAsItIs) {
 TEST(ToGrayImage, PassesOnTheRefusalOfADepth) {
     EXPECT_THROW(toGrayImage(cv::Mat::zeros(4, 4, CV_64FC3)), cv::Exception);
     EXPECT_THROW(toGrayImage(cv::Mat::zeros(4, 4, CV_32SC4)), cv::Exception);
+}
+
+TEST(ToGrayImageStrictly, RefusesEmptyImagesOfThreeAndFourChannelsAlone) {
+    EXPECT_THROW(toGrayImageStrictly(cv::Mat(0, 0, CV_8UC3)), cv::Exception);
+    EXPECT_THROW(toGrayImageStrictly(cv::Mat(0, 7, CV_8UC4)), cv::Exception);
+    EXPECT_TRUE(toGrayImageStrictly(cv::Mat()).empty());
+    EXPECT_TRUE(toGrayImageStrictly(cv::Mat(0, 0, CV_8UC2)).empty());
+    for (const int channels : {1, 2, 3, 4, 5}) {
+        const cv::Mat image = RandomInput(8).Image({31, 17}, channels);
+        EXPECT_THAT(toGrayImageStrictly(image), EqualsMat(toGrayImage(image))) << channels;
+    }
 }
 
 TEST(GrayImageBetween, HoldsTheRowsThatItIsAskedFor) {

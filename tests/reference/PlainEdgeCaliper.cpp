@@ -185,7 +185,7 @@ bool EdgeCaliper::measure(const cv::Mat& image, double sigma, double threshold, 
     const std::vector<double> d = Derivative(Profile(working), Kernel(sigma));
     std::vector<Edge> edges = Candidates(d, std::sqrt(2.0 * CV_PI) * sigma, threshold, transition);
     if (select == "first" && !edges.empty()) edges.resize(1, edges.front());
-    if (select == "last" && !edges.empty()) edges = {edges.back()};
+    if (select == "last" && !edges.empty()) edges.erase(edges.begin(), edges.end() - 1);
     for (const Edge& edge : edges) {
         const double s = edge.position - halfLength;
         columns.push_back(s * std::cos(angle) + column);

@@ -123,6 +123,15 @@ CameraModel PinholeCamera(cv::Size size) {
     return camera;
 }
 
+CameraModel ChessboardCamera() {
+    CameraModel camera;
+    camera.K = cv::Matx33d(532.338, 0.0, 342.431, 0.0, 532.690, 233.263, 0.0, 0.0, 1.0);
+    camera.D = cv::Vec4d(0.101802, -0.897044, 4.489520, -7.693030);
+    camera.fisheye = true;
+    camera.size = {640, 480};
+    return camera;
+}
+
 cv::Vec3d Pose::ToCamera(const cv::Point2d& boardPoint) const {
     return turn * cv::Vec3d(boardPoint.x, boardPoint.y, 0.0) + shift;
 }

@@ -23,6 +23,10 @@ struct CameraModel {
 CameraModel FisheyeCamera(cv::Size size = {640, 480});
 CameraModel PinholeCamera(cv::Size size = {640, 480});
 
+/// The camera that took the photograph `chessboard.png`: a fisheye calibration from the corners in 13 photographs of
+/// its series.
+CameraModel ChessboardCamera();
+
 /// Where the board's frame lies: point of the camera = turn * point of the board + shift. The board is the plane
 /// z = 0 of its frame, x along its rows, y down its columns.
 struct Pose {
