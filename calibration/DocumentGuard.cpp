@@ -138,9 +138,18 @@ std::size_t LastOfStringOrComment(const std::string& text, std::size_t at) {
     return at;
 }
 
+/// The last letter of the string that begins here. The letter behind a backslash never ends it.
+std::size_t LastOfStringValue(const std::string& text, std::size_t at) {
+    for (++at; at < text.size() && text[at] != '"' && text[at] != '\n'; ++at) {
+        if (text[at] == '\\') ++at;
+    }
+    return std::min(at, text.size() - 1);
+}
+
 void RefuseUnsafeJson(const std::string& text) {
     static const std::string base64Signature = "\"$base64$";
     std::size_t depth = 0;
+    char before = '\0';  // the letter before this one, without blanks and comments
     bool clearInLine = true;
     bool clear = true;
     for (std::size_t at = 0; at < text.size(); ++at) {
@@ -153,10 +162,13 @@ void RefuseUnsafeJson(const std::string& text) {
         if (!clearInLine && text.compare(at, 2, "/*") == 0) clear = false;
         if (!clear || !clearInLine) continue;
         if (IsClosing(c) && depth > 0) --depth;
-        const std::size_t last = LastOfStringOrComment(text, at);
-        // A backslash means one thing in a value and nothing in a name, so that it is not clear where a string with it
-        // ends, nor whether a comment begins behind it. Strings end with their line, comments may go on.
-        clearInLine = c != '"' || std::find(&text[at], &text[last], '\\') == &text[last];
+        const bool isStringValue = c == '"' && (before == ':' || before == '[');
+        const std::size_t last = isStringValue ? LastOfStringValue(text, at) : LastOfStringOrComment(text, at);
+        if (!IsBlank(c) && c != '/') before = c;
+        // A backslash means one thing in a value and nothing in a name, so that, behind a comma, it is not clear where
+        // a string with it ends, nor whether a comment begins behind it. Strings end with their line, comments may go
+        // on.
+        clearInLine = c != '"' || isStringValue || std::find(&text[at], &text[last], '\\') == &text[last];
         if (clearInLine) at = last;
     }
 }
@@ -177,6 +189,8 @@ public:
         RefuseDeeperThanAllowed(blocks_.size() + flowDepth_);
     }
     bool MayBeInFlow() const { return flowDepth_ > 0; }
+    /// Whether a line that begins in this column may go on with a flow collection.
+    bool MayGoOnWithFlow(std::size_t first) const { return flowDepth_ > 0 && first > flowColumn_; }
 
 private:
     /// A line that stands farther to the left ends all that began farther to the right.
@@ -321,6 +335,57 @@ private:
     bool hadRoot_ = false;
 };
 
+/// The place behind the string that begins here, `npos` where that is not clear.
+std::size_t EndOfYamlString(const std::string& line, std::size_t at) {
+    const char quote = line[at];
+    for (++at; at < line.size(); ++at) {
+        if (line[at] == quote) {
+            const bool isDoubled = quote == '\'' && at + 1 < line.size() && line[at + 1] == quote;
+            if (!isDoubled) return at + 1;
+            ++at;
+        } else if (line[at] == '\\' && quote == '"') {
+            ++at;
+            // The parser loses its place behind a letter that is given by its number.
+            if (at < line.size() && (line[at] == 'x' || IsDigit(line[at]))) return npos;
+        }
+    }
+    return npos;
+}
+
+/// The place of the value in a line of a block collection, behind dashes or behind a name; `npos` where it is not
+/// clear.
+std::size_t BlockValue(const std::string& line, std::size_t first) {
+    std::size_t at = first;
+    while (line.compare(at, 2, "- ") == 0) at = std::min(line.find_first_not_of(' ', at + 1), line.size());
+    if (at == line.size()) return npos;
+    const bool isElement = at > first && (line[at] == '"' || line[at] == '\'' || IsDigit(line[at]));
+    if (isElement) return at;
+    const std::size_t colon = line.find_first_of(":\"'#!&[]{},", at);
+    if (colon == npos || line[colon] != ':') return npos;
+    return line.find_first_not_of(' ', colon + 1);
+}
+
+/// The line without comments and the letters of strings, in which a bracket, a colon or a type is none. In a block
+/// collection it is clear where they begin and end. In flow collections a quote may belong to a name or a text; their
+/// lines stay as they are.
+std::string WithoutTexts(const std::string& line, const YamlNesting& nesting, bool clear) {
+    const std::size_t first = line.find_first_not_of(' ');
+    if (first == npos) return line;
+    if (line[first] == '#') return "";
+    if (!clear || nesting.MayGoOnWithFlow(first)) return line;
+    const std::size_t begin = BlockValue(line, first);
+    if (begin == npos) return line;
+    const bool isString = line[begin] == '"' || line[begin] == '\'';
+    const std::size_t digit = line[begin] == '-' ? begin + 1 : begin;
+    const bool isNumber = digit < line.size() && IsDigit(line[digit]);
+    if (!isString && !isNumber) return line;
+    const std::size_t end = isString ? EndOfYamlString(line, begin) : line.find_first_not_of("0123456789.e+-", begin);
+    if (end == npos) return line;
+    const std::size_t next = line.find_first_not_of(' ', end);
+    const std::string rest = next == npos || line[next] == '#' ? "" : line.substr(end);
+    return line.substr(0, begin) + '0' + rest;
+}
+
 /// Whether a value of this line is base64 data; these begin in the next line, behind "!!binary |".
 bool AnnouncesBase64(const std::string& line) {
     static const std::string type = "binary";
@@ -355,8 +420,9 @@ void RefuseUnsafeYaml(const std::string& text) {
     YamlNesting nesting;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find('\n', at), text.size());
-        const std::string line = text.substr(at, end - at);
-        stream.Take(line, at);
+        const std::string whole = text.substr(at, end - at);
+        stream.Take(whole, at);
+        const std::string line = WithoutTexts(whole, nesting, clear);
         nesting.Take(line, clear);
         RefuseEmptyName(line);
         if (AnnouncesBase64(line)) {

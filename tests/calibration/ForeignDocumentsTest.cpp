@@ -217,6 +217,46 @@ TEST(ForeignDocuments, WhatIsNotNestedDeeplyIsLoaded) {
     ExpectLoaded(folder.Write("flat.json", "{ \"a\": [ " + records + " ],\n" + json));
 }
 
+TEST(ForeignDocuments, TextsMayHoldAnything) {
+    const ScratchFolder folder;
+    const std::string texts[] = {"x, : y", "{  : }",       "!!binary |",      "see !binary data",
+                                 "# ",     "a \"b\", : c", "it's : ",         "C:\\[",
+                                 "\\",     "\\\"[{",       Times(1500, "[{"), Times(700, "- a: ")};
+    for (const char* name : {"texts.yml", "texts.xml", "texts.json"}) {
+        for (const std::string& text : texts) {
+            cv::FileStorage file(folder.File(name), cv::FileStorage::WRITE);
+            file.write("before", text);
+            file << "list"
+                 << "[";
+            for (int i = 0; i < 3; ++i) file.write("", text);
+            file << "]"
+                 << "number" << -5;
+            const std::string remark = std::string(name) == "texts.xml" ? "a remark" : text;
+            file.writeComment(remark, true);
+            file.writeComment(remark, false);
+            file.write("Homo", someMatrix);
+            file.release();
+            ExpectLoaded(folder.File(name));
+        }
+    }
+    const std::string json = StoredHomography(folder, ".json").substr(1);
+    const std::string records = Times(5000, "{ \"b\": \"C:\\\\[\", \"c\": [ \"\\\"]\" ] },\n") + "1";
+    ExpectLoaded(folder.Write("records.json", "{ \"a\": [ " + records + " ],\n" + json));
+}
+
+TEST(ForeignDocuments, WhatOnlyLooksLikeATextHidesNothing) {
+    const ScratchFolder folder;
+    const std::string deep = Times(tooDeep, "[");
+    for (const std::string& nodes : {"a: { k:\n   x: \"b, c: " + deep + "\" }\n", "a: { \"k: 1, m: " + deep + "\" }\n",
+                                     "a: \"\\x4\" \", b: " + deep + "\n", "a: \"b\" " + deep + "\n",
+                                     "a: b # c: " + deep + "\n", "- 'a'' ' " + deep + "\n"}) {
+        EXPECT_THROW(RefuseWhatParsersDoNotSurvive(yamlHead + nodes), cv::Exception) << nodes.substr(0, 40);
+    }
+    EXPECT_THROW(RefuseWhatParsersDoNotSurvive(yamlHead + "a: { k:\n   x: \"b,  : 1 }\n"), cv::Exception);
+    EXPECT_THROW(RefuseWhatParsersDoNotSurvive("{ \"a\\\": " + deep), cv::Exception);
+    EXPECT_THROW(RefuseWhatParsersDoNotSurvive("{ \"a\": \"b\\\\\", \"c\": " + deep), cv::Exception);
+}
+
 TEST(ForeignDocuments, ADashBetweenTwoDocumentsIsRefused) {
     const ScratchFolder folder;
     for (const char* nodes : {"a: 1\n...\n- b\n", "a: 1\n...- b\n", "a: 1\n...\n# c\n%D\n  - b\n", "  a: 1\nxxx- b\n",
