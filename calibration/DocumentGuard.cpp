@@ -5,6 +5,8 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
+#include "calibration/YamlTexts.h"
+
 namespace Quorvane::CameraCalibration {
 
 namespace {
@@ -288,6 +290,8 @@ public:
             TakeBetween(line, first + markLength, begin);
         } else if (state_ == State::between) {
             TakeBetween(line, first, begin);
+        } else if (IsEmptyDocument(line, first)) {
+            TakeBetween(line, first + markLength, begin);
         } else {
             TakeRoot(line, first, begin);
         }
@@ -302,17 +306,27 @@ private:
         return at == npos || line[at] == '#' || line[at] == '\r' ? npos : at;
     }
 
+    /// Where a root is expected, the mark of the end may stand instead.
+    bool IsEmptyDocument(const std::string& line, std::size_t at) {
+        if (line.compare(at, markLength, "...") != 0) return false;
+        state_ = State::between;
+        hadRoot_ = true;
+        return true;
+    }
+
     void TakeBetween(const std::string& line, std::size_t at, std::size_t begin) {
-        at = NextToken(line, at);
-        if (at == npos || line[at] == '%') return;
-        if (line.compare(at, markLength, "---") == 0) {
-            state_ = State::rootExpected;
-            at = NextToken(line, at + markLength);
-            if (at != npos) TakeRoot(line, at, begin);
-        } else if (!hadRoot_) {
+        for (at = NextToken(line, at); at != npos && line[at] != '%'; at = NextToken(line, at + markLength)) {
+            if (line.compare(at, markLength, "---") == 0) {
+                state_ = State::rootExpected;
+                at = NextToken(line, at + markLength);
+                if (at == npos) return;
+                if (IsEmptyDocument(line, at)) continue;
+            } else if (hadRoot_) {
+                if (line[at] == '-') Refuse("a dash between two documents");
+                return;
+            }
             TakeRoot(line, at, begin);
-        } else if (line[at] == '-') {
-            Refuse("a dash between two documents");
+            return;
         }
     }
 
@@ -334,57 +348,6 @@ private:
     std::size_t column_ = 0;
     bool hadRoot_ = false;
 };
-
-/// The place behind the string that begins here, `npos` where that is not clear.
-std::size_t EndOfYamlString(const std::string& line, std::size_t at) {
-    const char quote = line[at];
-    for (++at; at < line.size(); ++at) {
-        if (line[at] == quote) {
-            const bool isDoubled = quote == '\'' && at + 1 < line.size() && line[at + 1] == quote;
-            if (!isDoubled) return at + 1;
-            ++at;
-        } else if (line[at] == '\\' && quote == '"') {
-            ++at;
-            // The parser loses its place behind a letter that is given by its number.
-            if (at < line.size() && (line[at] == 'x' || IsDigit(line[at]))) return npos;
-        }
-    }
-    return npos;
-}
-
-/// The place of the value in a line of a block collection, behind dashes or behind a name; `npos` where it is not
-/// clear.
-std::size_t BlockValue(const std::string& line, std::size_t first) {
-    std::size_t at = first;
-    while (line.compare(at, 2, "- ") == 0) at = std::min(line.find_first_not_of(' ', at + 1), line.size());
-    if (at == line.size()) return npos;
-    const bool isElement = at > first && (line[at] == '"' || line[at] == '\'' || IsDigit(line[at]));
-    if (isElement) return at;
-    const std::size_t colon = line.find_first_of(":\"'#!&[]{},", at);
-    if (colon == npos || line[colon] != ':') return npos;
-    return line.find_first_not_of(' ', colon + 1);
-}
-
-/// The line without comments and the letters of strings, in which a bracket, a colon or a type is none. In a block
-/// collection it is clear where they begin and end. In flow collections a quote may belong to a name or a text; their
-/// lines stay as they are.
-std::string WithoutTexts(const std::string& line, const YamlNesting& nesting, bool clear) {
-    const std::size_t first = line.find_first_not_of(' ');
-    if (first == npos) return line;
-    if (line[first] == '#') return "";
-    if (!clear || nesting.MayGoOnWithFlow(first)) return line;
-    const std::size_t begin = BlockValue(line, first);
-    if (begin == npos) return line;
-    const bool isString = line[begin] == '"' || line[begin] == '\'';
-    const std::size_t digit = line[begin] == '-' ? begin + 1 : begin;
-    const bool isNumber = digit < line.size() && IsDigit(line[digit]);
-    if (!isString && !isNumber) return line;
-    const std::size_t end = isString ? EndOfYamlString(line, begin) : line.find_first_not_of("0123456789.e+-", begin);
-    if (end == npos) return line;
-    const std::size_t next = line.find_first_not_of(' ', end);
-    const std::string rest = next == npos || line[next] == '#' ? "" : line.substr(end);
-    return line.substr(0, begin) + '0' + rest;
-}
 
 /// Whether a value of this line is base64 data; these begin in the next line, behind "!!binary |".
 bool AnnouncesBase64(const std::string& line) {
@@ -418,11 +381,13 @@ void RefuseUnsafeYaml(const std::string& text) {
     bool clear = true;
     YamlStream stream(text);
     YamlNesting nesting;
+    YamlTexts texts;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find('\n', at), text.size());
         const std::string whole = text.substr(at, end - at);
         stream.Take(whole, at);
-        const std::string line = WithoutTexts(whole, nesting, clear);
+        const std::size_t first = whole.find_first_not_of(' ');
+        const std::string line = texts.TakenFrom(whole, clear && !nesting.MayGoOnWithFlow(first));
         nesting.Take(line, clear);
         RefuseEmptyName(line);
         if (AnnouncesBase64(line)) {
