@@ -263,9 +263,8 @@ CoarseSearch::CoarseSearch(cv::Size grid, const cv::Mat& spread, const cv::Mat& 
       neverMissing_(static_cast<std::size_t>(grid.area() / 8 + positionsInBlock)),
       linearSpread_(linearSpread) {}
 
-std::vector<CoarseCandidate> CoarseSearch::find(const std::vector<ShapeTemplateLevels>& templates,
-                                                float threshold) const {
-    if (templates.empty() || !canBePassed(threshold)) return {};
+void CoarseSearch::find(const std::vector<ShapeTemplateLevels>& templates, float threshold, const Taker& take) const {
+    if (templates.empty() || !canBePassed(threshold)) return;
     TemplateSearch search(linearSpread_, grid_, bits_, furtherBits_, neverMissing_.data());
     std::vector<CoarseCandidate> candidates;
     for (const TemplateGroup& group : groupTemplates(templates, grid_ * coarseStep)) {
@@ -277,9 +276,12 @@ std::vector<CoarseCandidate> CoarseSearch::find(const std::vector<ShapeTemplateL
         if (!search.hasOpenBlocks()) continue;
         for (std::size_t id = group.first; id < group.last; ++id) {
             search.search(templates[id].back(), static_cast<int>(id), allowed, passingSum, candidates);
+            if (candidates.size() < fullPortion) continue;
+            take(candidates);
+            candidates.clear();
         }
     }
-    return candidates;
+    if (!candidates.empty()) take(candidates);
 }
 
 }  // namespace line2Dup

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <opencv2/core/mat.hpp>
 #include <vector>
 
@@ -27,9 +29,17 @@ public:
 
     static constexpr int leastWidth = 8;
 
-    /// The candidates in the order of the templates and, for each, in raster order. Every template must have 1 to 63
-    /// features at its coarsest level. `threshold` is above 0.
-    std::vector<CoarseCandidate> find(const std::vector<ShapeTemplateLevels>& templates, float threshold) const;
+    /// Takes candidates, all those of one template or of several consecutive ones.
+    using Taker = std::function<void(const std::vector<CoarseCandidate>&)>;
+
+    /// Hands over the candidates in the order of the templates and, for each, in raster order. Every template must have
+    /// 1 to 63 features at its coarsest level. `threshold` is above 0.
+    ///
+    /// At a low threshold the candidates of all templates may be more than memory holds, so they come in portions: a
+    /// portion ends with the template that fills it up.
+    void find(const std::vector<ShapeTemplateLevels>& templates, float threshold, const Taker& take) const;
+
+    static constexpr std::size_t fullPortion = std::size_t{1} << 16;
 
 private:
     CoarseSearch(cv::Size grid, const cv::Mat& spread);

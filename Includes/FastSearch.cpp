@@ -1,13 +1,15 @@
 // The coarse level gives candidates, and the fine level refines each in a window of 16 by 16 positions. A copy of the
 // shape makes several candidates side by side, whose windows are shifted by 4 pixels each and overlap. The sum at a
 // place is the same in all windows, so windows that lie within 48 by 48 positions make a cluster and share their sums.
-// All clusters are known before the fine level is prepared, so that this happens once and only where they lie.
+// The clusters of many templates are known before the fine level is prepared for them, so that this happens in a few
+// large pieces and only where they lie.
 //
 // Only where a feature's window leaves the image do the windows differ, and such a window is summed on its own.
 
 #include "Includes/FastSearch.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <opencv2/imgproc.hpp>
 
 #include "Includes/HitRefinement.h"
@@ -52,10 +54,14 @@ bool staysInImage(const cv::Rect& featureBox, const cv::Rect& origins, cv::Size 
 
 cv::Size halfOf(cv::Size size) { return {size.width / 2, size.height / 2}; }
 
+/// Whether the pixels are whole vectors of 16, as the response maps demand. In 64 bits, since an int does not hold the
+/// number of pixels of every image.
+bool hasWholeVectors(cv::Size size) { return std::int64_t{size.width} * size.height % 16 == 0; }
+
 /// The sizes that the plain search would refuse, with an exception, are left to it.
 bool isSearchable(cv::Size fine) {
     const cv::Size coarse = halfOf(fine);
-    return fine.area() % 16 == 0 && coarse.area() % 16 == 0 && coarse.width % coarseStep == 0 &&
+    return hasWholeVectors(fine) && hasWholeVectors(coarse) && coarse.width % coarseStep == 0 &&
            coarse.height % coarseStep == 0 && coarse.width >= CoarseSearch::leastWidth &&
            coarse.height >= CoarseSearch::leastWidth;
 }
@@ -91,12 +97,23 @@ FastSearch::FastSearch(const ColorGradient& modality, const cv::Mat& source)
 
 void FastSearch::matchClass(float threshold, std::vector<MatchHit>& hits, const std::string& classId,
                             const std::vector<ShapeTemplateLevels>& templates) {
-    arrangeWindows(templates, coarse_.find(templates, threshold));
+    coarse_.find(templates, threshold, [&](const std::vector<CoarseCandidate>& candidates) {
+        refineCandidates(candidates, templates, threshold);
+        appendHits(hits, classId);
+    });
+}
+
+void FastSearch::refineCandidates(const std::vector<CoarseCandidate>& candidates,
+                                  const std::vector<ShapeTemplateLevels>& templates, float threshold) {
+    arrangeWindows(templates, candidates);
     findClustersInImage(templates);
     fine_.prepareNeeded();
     for (const Cluster& cluster : clusters_) {
         refine(cluster, templates[static_cast<std::size_t>(cluster.templateId)].front(), threshold);
     }
+}
+
+void FastSearch::appendHits(std::vector<MatchHit>& hits, const std::string& classId) const {
     const Window* before = nullptr;
     for (const Window& window : windows_) {
         if (!window.hit) continue;
@@ -116,6 +133,7 @@ bool FastSearch::isSameHit(const Window& a, const Window& b) {
 void FastSearch::arrangeWindows(const std::vector<ShapeTemplateLevels>& templates,
                                 const std::vector<CoarseCandidate>& candidates) {
     windows_.clear();
+    windows_.reserve(candidates.size());
     clusters_.clear();
     std::size_t firstCluster = 0;
     for (std::size_t i = 0; i < candidates.size(); ++i) {

@@ -53,6 +53,9 @@ private:
         std::size_t last;
     };
 
+    void refineCandidates(const std::vector<CoarseCandidate>& candidates,
+                          const std::vector<ShapeTemplateLevels>& templates, float threshold);
+    void appendHits(std::vector<MatchHit>& hits, const std::string& classId) const;
     static bool isSameHit(const Window& a, const Window& b);
     void arrangeWindows(const std::vector<ShapeTemplateLevels>& templates,
                         const std::vector<CoarseCandidate>& candidates);
@@ -64,7 +67,7 @@ private:
     FineLevel fine_;
     CoarseSearch coarse_;
     WindowSums sums_;
-    // Of the class at work: a window for each candidate, and the clusters template by template.
+    // Of the candidates at work: a window for each of them, and the clusters template by template.
     std::vector<Window> windows_;
     std::vector<Cluster> clusters_;
 };

@@ -1,4 +1,4 @@
-// A block ends as soon as all its positions are closed.
+// A block ends as soon as all its positions are closed. `MissPlanes.h` tells how misses are counted.
 
 #include "Includes/MissCounter.h"
 

@@ -1,3 +1,11 @@
+// A label finds no response in a spread byte if neither its own bit nor one of the two beside it is set: one comparison
+// for sixteen positions, whose result is packed to sixteen bits.
+//
+// A feature's bits begin at any position, but vectors are loaded from whole bytes, and shifting them anew for every
+// template would cost more than the counting. So the array is stored in eight copies, copy k beginning at position k:
+// the bits from position p on are found in copy p % 8, from byte p / 8 on. With 8 labels and 4 phases the copies take
+// 32 bytes for each block of 2 by 2 pixels.
+
 #include "Includes/ResponseBits.h"
 
 #include <algorithm>

@@ -1,3 +1,11 @@
+// Neighbouring angles have the same features in the same order, each a little further on its circle. What can be told
+// of all of them at once saves work for each: a label that is missing in a whole square of pixels is missing for every
+// template whose feature lies in the square. So templates are joined, one after the other, as long as each feature's
+// places fit a square of 4 by 4 pixels and its labels are no more than two (a direction that turns passes from one
+// label to the next). Larger squares and more labels would make longer groups, but rule out fewer positions.
+//
+// A feature outside the image finds nothing, whatever the square says, so it does not hold a group up.
+
 #include "Includes/TemplateGroups.h"
 
 #include <algorithm>

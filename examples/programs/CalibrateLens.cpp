@@ -37,10 +37,8 @@ int main(int argumentCount, char** arguments) {
         cv::Mat K;
         cv::Mat D;
         double rms = 0.0;
-        if (!Calibration::CalibrateDistortedCamera(pictures, pattern, K, D, rms) ||
-            !Calibration::SaveCameraParameters(cameraPath, K, D, rms)) {
-            throw std::runtime_error(Calibration::GetLastError());
-        }
+        Program::Require(Calibration::CalibrateDistortedCamera(pictures, pattern, K, D, rms));
+        Program::Require(Calibration::SaveCameraParameters(cameraPath, K, D, rms));
         std::cout << "K = " << K << "\nD = " << D.t() << "\nreprojection error " << rms << " pixels\nwrote "
                   << cameraPath << '\n';
         return Program::succeeded;

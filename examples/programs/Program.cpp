@@ -45,6 +45,10 @@ void WritePicture(const std::string& path, const cv::Mat& picture) {
     std::cout << "wrote " << path << '\n';
 }
 
+void Require(bool success) {
+    if (!success) throw std::runtime_error(Quorvane::CameraCalibration::GetLastError());
+}
+
 Algorithm MakeAlgorithm(const std::string& name) {
     Quorvane::AlgorithmFactory factory;
     const auto release = [](Quorvane::Algorithm* made) { Quorvane::AlgorithmFactory().ReleaseAlgorithm(made); };

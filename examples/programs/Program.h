@@ -34,6 +34,9 @@ cv::Mat ReadPicture(const std::string& path, int flags);
 cv::Mat ReadPicture(const std::string& path);  ///< In colour.
 void WritePicture(const std::string& path, const cv::Mat& picture);
 
+/// Throws `std::runtime_error` with the last error if a call of `CameraCalibration` did not succeed.
+void Require(bool success);
+
 /// A named algorithm, released at the end.
 using Algorithm = std::unique_ptr<Quorvane::Algorithm, void (*)(Quorvane::Algorithm*)>;
 Algorithm MakeAlgorithm(const std::string& name);

@@ -21,10 +21,9 @@ int main(int argumentCount, char** arguments) {
         cv::Mat D;
         double rms = 0.0;
         cv::Mat straight;
-        if (!Calibration::LoadCameraParameters(cameraPath, K, D, rms) ||
-            !Calibration::UnDistortedImage(Program::ReadPicture(picturePath), K, D, scale, scale, straight)) {
-            throw std::runtime_error(Calibration::GetLastError());
-        }
+        Program::Require(Calibration::LoadCameraParameters(cameraPath, K, D, rms));
+        const cv::Mat picture = Program::ReadPicture(picturePath);
+        Program::Require(Calibration::UnDistortedImage(picture, K, D, scale, scale, straight));
         Program::WritePicture(straightPath, straight);
         return Program::succeeded;
     });

@@ -28,7 +28,12 @@ std::vector<CoarseCandidate> CandidatesIn(const cv::Mat& scene, const std::vecto
                                           float threshold) {
     cv::Mat half;
     cv::pyrDown(scene, half, scene.size() / 2);
-    return CoarseSearch(Reference::ComputeGradients(half, weakGradient).quantised).find(templates, threshold);
+    std::vector<CoarseCandidate> all;
+    CoarseSearch(Reference::ComputeGradients(half, weakGradient).quantised)
+        .find(templates, threshold, [&](const std::vector<CoarseCandidate>& candidates) {
+            all.insert(all.end(), candidates.begin(), candidates.end());
+        });
+    return all;
 }
 
 TEST(FastSearch, EqualsThePlainSearchForTemplatesAboutAsLargeAsTheImage) {

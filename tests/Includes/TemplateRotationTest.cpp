@@ -4,6 +4,8 @@
 
 #include <cmath>
 #include <limits>
+#include <utility>
+#include <vector>
 
 #include "tests/Includes/MatcherMatchers.h"
 #include "tests/Includes/MatcherScenes.h"
@@ -110,6 +112,53 @@ TEST(RotateTemplate, EqualsPlainArithmeticForRandomTemplates) {
         ASSERT_TRUE(
             SameTemplates(rotateTemplate(source, theta, centre), Reference::RotateTemplate(source, theta, centre)))
             << i;
+    }
+}
+
+/// A number as trained templates have it, or one time in three a limit or nonsense.
+float UsualOrWild(RandomInput& random, float least, float most) {
+    constexpr float infinity = std::numeric_limits<float>::infinity();
+    const std::vector<float> wild{
+        std::numeric_limits<float>::quiet_NaN(), infinity, -infinity, -0.0f,  1e-40f, -1e-9f, 360.0f,
+        std::nextafter(360.0f, 400.0f),          720.0f,   -360.0f,   11.25f, 3e6f,   -3e6f,  1e20f};
+    if (random.Integer(0, 2) > 0) return static_cast<float>(random.Real(least, most));
+    return wild[static_cast<std::size_t>(random.Integer(0, static_cast<int>(wild.size()) - 1))];
+}
+
+int UsualOrWildPlace(RandomInput& random) {
+    if (random.Integer(0, 3) > 0) return random.Integer(-300, 900);
+    return random.Integer(0, 1) == 0 ? std::numeric_limits<int>::max() : std::numeric_limits<int>::min();
+}
+
+/// Where a feature lies in its level's image. Sums beyond an int wrap, as the crop origin itself does.
+std::pair<unsigned, unsigned> PlaceInImage(const ShapeTemplate& level, const GradientFeature& feature) {
+    return {static_cast<unsigned>(level.tlX) + static_cast<unsigned>(feature.x),
+            static_cast<unsigned>(level.tlY) + static_cast<unsigned>(feature.y)};
+}
+
+bool IsSameAngle(float a, float b) { return a == b || (std::isnan(a) && std::isnan(b)); }
+
+TEST(RotateTemplate, GivesManyFeaturesWhatItGivesEachAlone) {
+    RandomInput random(331);
+    for (int i = 0; i < 3000; ++i) {
+        ShapeTemplate level{1, 1, random.Integer(-99, 99), random.Integer(-99, 99), 0, {}};
+        for (int k = random.Integer(4, 13); k > 0; --k) {
+            level.features.push_back(
+                {UsualOrWildPlace(random), UsualOrWildPlace(random), 0, UsualOrWild(random, 0.0f, 360.0f)});
+        }
+        const float theta = UsualOrWild(random, -800.0f, 800.0f);
+        const cv::Point2f centre(UsualOrWild(random, 0.0f, 500.0f), UsualOrWild(random, 0.0f, 500.0f));
+        const ShapeTemplate together = rotateTemplate({level}, theta, centre)[0];
+        for (std::size_t k = 0; k < level.features.size(); ++k) {
+            ShapeTemplate one = level;
+            one.features = {level.features[k]};
+            const ShapeTemplate alone = rotateTemplate({one}, theta, centre)[0];
+            const GradientFeature& actual = together.features[k];
+            const GradientFeature& expected = alone.features[0];
+            ASSERT_EQ(PlaceInImage(together, actual), PlaceInImage(alone, expected)) << i << ", feature " << k;
+            ASSERT_EQ(actual.label, expected.label) << i << ", feature " << k;
+            ASSERT_TRUE(IsSameAngle(actual.theta, expected.theta)) << i << ", feature " << k;
+        }
     }
 }
 

@@ -24,6 +24,7 @@ namespace Quorvane::TestSupport {
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
+using testing::StartsWith;
 
 namespace {
 
@@ -94,7 +95,8 @@ TEST(GuideFailures, OfFilling) {
         };
     };
     ExpectRow(page, RunOf("IntelligentFilling", plain, [](auto&) {}));
-    ExpectRow(page, RunOf("IntelligentFilling", plain, job(1000.0, 1000.0)));
+    ExpectRow(page, RunOf("IntelligentFilling", plain, job(-16.0, 120.0)));
+    ExpectRow(page, RunOf("IntelligentFilling", cv::Mat(), job(160.0, 120.0)));
     ExpectRow(page, RunOf("IntelligentFilling", plain, job(160.0, 120.0)));
     const auto noNumber = [](auto& filling) { filling.SetParameter("SimilarityMin", std::string("much")); };
     EXPECT_THROW(RunOf("IntelligentFilling", plain, noNumber), std::invalid_argument);
@@ -114,6 +116,11 @@ TEST(GuideFailures, OfTheLens) {
     K = cv::Mat::eye(3, 3, CV_64F);
     EXPECT_FALSE(Calibration::UnDistortedImage(plain, K, D, 1.0, 1.0, straight));
     EXPECT_THAT(GuidePage("lens-and-boards"), HasSubstr("\"" + Calibration::GetLastError() + "\" (a row"));
+    for (const int length : {5, 8}) {
+        D = cv::Mat::zeros(length, 1, CV_64F);
+        EXPECT_FALSE(Calibration::UnDistortedImage(plain, K, D, 1.0, 1.0, straight));
+        EXPECT_THAT(Calibration::GetLastError(), StartsWith("[Quorvane::CameraCalibration::UnDistortedImage]"));
+    }
 }
 
 TEST(GuideFailures, OfBoards) {
@@ -129,6 +136,11 @@ TEST(GuideFailures, OfBoards) {
         ExpectQuoted(Calibration::FindChArUcoBoard(picture, 7, 5, 20.0F, 15.0F, false, points, objectPoints, ids,
                                                    quality, drawn, true));
     }
+    points.assign(3, {});
+    EXPECT_FALSE(Calibration::FindCalibrationBoard(plain, {0, 0}, points, quality = 7.0, cv::CALIB_CB_SYMMETRIC_GRID,
+                                                   cv::SimpleBlobDetector::create()));
+    EXPECT_THAT(points, IsEmpty());
+    EXPECT_EQ(quality, -1.0);
 }
 
 TEST(GuideFailures, OfTwoCameras) {
@@ -217,6 +229,10 @@ TEST(GuideFailures, OfTheMachineMap) {
         calibrator.ImageToMachine({3, 4}) == cv::Point2f(-1, -1)) {
         const CapturedStream errors(std::cerr);
         EXPECT_EQ(calibrator.MachineToImage({3, 4}), cv::Point2f(0, 0));
+        EXPECT_TRUE(calibrator.IsCalibrateVaild());
+        EXPECT_EQ(calibrator.CalcMaxError(grid, grid), -1.0);
+        EXPECT_EQ(calibrator.WarpPerspectiveImage(plain, 2).size(), plain.size());
+        EXPECT_EQ(calibrator.ImageToMachine_Distance(5.0, {3, 4}, Calibration::CameraCalibrator::Diagonal), 0.0);
         EXPECT_THAT(page, HasSubstr("\"" + errors.Text().substr(0, errors.Text().find('\n')) + "\""));
     } else {
         ADD_FAILURE() << "six equal points have a map";
@@ -228,6 +244,7 @@ TEST(GuideFailures, OfMeasurements) {
     UtilityFunctions::MeasureLine(plain, {160, 120}, 100, 50, line, EdgePolarity::All, SearchDirection::LeftToRight,
                                   1.0, 30.0, 1.0);
     EXPECT_EQ(line.toString(), Line().toString());
+    EXPECT_THAT(Line().getIntersectionWithImage(plain.size()), IsEmpty());
     cv::Point2f center(3, 4);
     double radius = 5.0;
     double score = -1.0;
@@ -259,6 +276,7 @@ TEST(GuideFailures, OfContours) {
     EXPECT_EQ(first, cv::Point2f(3, 4));
     EXPECT_EQ(second, cv::Point2f(5, 6));
     EXPECT_EQ(distance, 0.0F);
+    EXPECT_EQ(GetRotateRectConner({{5, 5}, {4, 2}, 0}, 6), GetRotateRectConner({{5, 5}, {4, 2}, 0}, 2));
     EXPECT_TRUE(CalculateExpansionHomography(cv::Mat::eye(2, 3, CV_64F), 2.0).empty());
     EXPECT_TRUE(CutImageBasePoint(cv::Mat(), {5, 5}, 4, 4, false).empty());
     EXPECT_THROW(CutImageBasePoint(plain, {2000, 5}, 4, 4, false), cv::Exception);
@@ -302,7 +320,14 @@ TEST(GuideFailures, OfChangeDetection) {
     EXPECT_FALSE(IsMatChanged_HammingDistance(smaller, plain, 5));
     const CapturedStream errors(std::cerr);
     EXPECT_FALSE(IsMatChanged_HammingDistance(twoChannels, plain, 5));
-    EXPECT_FALSE(errors.Text().empty());
+    EXPECT_THAT(GuidePage("change-detection"),
+                HasSubstr("\"" + errors.Text().substr(0, errors.Text().find('\n')) + "\""));
+    EXPECT_THROW(IsMatChanged_GrayDiff(plain, twoChannels), cv::Exception);
+    EXPECT_THROW(IsMatChanged_GrayDiff(twoChannels, twoChannels), cv::Exception);
+    cv::Mat halfLight = plain.clone();
+    halfLight.colRange(160, 320) = cv::Scalar::all(255);
+    EXPECT_FALSE(IsMatChanged_HammingDistance(halfLight, twoChannels, 32));
+    EXPECT_TRUE(IsMatChanged_HammingDistance(halfLight, twoChannels, 31));
 }
 
 }  // namespace Quorvane::TestSupport
