@@ -27,8 +27,9 @@ float LimitToBrightness(float value) { return std::max(std::min(value, 255.0f), 
 
 /// One channel of the picture; empty for pictures that have neither one channel nor three.
 cv::Mat GrayOf(const cv::Mat& source) {
-    CV_Assert(source.dims <= 2);
     cv::Mat gray;
+    if (source.channels() != 1 && source.channels() != 3) return gray;
+    CV_Assert(source.dims <= 2);
     if (source.channels() == 3) cv::cvtColor(source, gray, cv::COLOR_BGR2GRAY);
     if (source.channels() == 1) gray = source;
     return gray;

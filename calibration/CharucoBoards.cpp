@@ -189,9 +189,9 @@ cv::Mat GenerateChArUcoBoard(const std::string& fileName, const int& squaresX, c
                              cv::aruco::CharucoBoard& board, int dpi) {
     constexpr int noMargin = 0;
     constexpr int borderBits = 1;
+    dictionary = cv::aruco::getPredefinedDictionary(markerSet);
     // OpenCV refuses boards with more markers than the set has, but only after it has laid them.
     CV_Assert(SquareCount(squaresX, squaresY) <= mostSquares);
-    dictionary = cv::aruco::getPredefinedDictionary(markerSet);
     board = BoardOf(squaresX, squaresY, squareLength, markerLength, dictionary);
     const float scale = static_cast<float>(dpi) / millimetresPerInch;
     const cv::Size size(TruncateToInt(static_cast<float>(squaresX) * squareLength * scale),

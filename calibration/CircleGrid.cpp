@@ -41,12 +41,14 @@ std::vector<cv::Point3f> GenerateActualPositions(int columns, int rows, float pi
 }
 
 bool ToBoardGray(const cv::Mat& image, cv::Mat& gray) {
+    if (image.channels() != 1 && image.channels() != 3) return false;
     CV_Assert(image.dims <= 2);
-    switch (image.channels()) {
-        case 1: gray = image.clone(); return true;
-        case 3: cv::cvtColor(image, gray, cv::COLOR_BGR2GRAY); return true;
-        default: return false;
+    if (image.channels() == 3) {
+        cv::cvtColor(image, gray, cv::COLOR_BGR2GRAY);
+    } else {
+        gray = image.clone();
     }
+    return true;
 }
 
 cv::Mat EvenedImage(const cv::Mat& gray) {

@@ -5,6 +5,8 @@
 #include <opencv2/core.hpp>
 #include <vector>
 
+#include "calibration/YamlTexts.h"
+
 namespace Quorvane::CameraCalibration {
 
 namespace {
@@ -138,9 +140,18 @@ std::size_t LastOfStringOrComment(const std::string& text, std::size_t at) {
     return at;
 }
 
+/// The last letter of the string that begins here. The letter behind a backslash never ends it.
+std::size_t LastOfStringValue(const std::string& text, std::size_t at) {
+    for (++at; at < text.size() && text[at] != '"' && text[at] != '\n'; ++at) {
+        if (text[at] == '\\') ++at;
+    }
+    return std::min(at, text.size() - 1);
+}
+
 void RefuseUnsafeJson(const std::string& text) {
     static const std::string base64Signature = "\"$base64$";
     std::size_t depth = 0;
+    char before = '\0';  // the letter before this one, without blanks and comments
     bool clearInLine = true;
     bool clear = true;
     for (std::size_t at = 0; at < text.size(); ++at) {
@@ -153,10 +164,13 @@ void RefuseUnsafeJson(const std::string& text) {
         if (!clearInLine && text.compare(at, 2, "/*") == 0) clear = false;
         if (!clear || !clearInLine) continue;
         if (IsClosing(c) && depth > 0) --depth;
-        const std::size_t last = LastOfStringOrComment(text, at);
-        // A backslash means one thing in a value and nothing in a name, so that it is not clear where a string with it
-        // ends, nor whether a comment begins behind it. Strings end with their line, comments may go on.
-        clearInLine = c != '"' || std::find(&text[at], &text[last], '\\') == &text[last];
+        const bool isStringValue = c == '"' && (before == ':' || before == '[');
+        const std::size_t last = isStringValue ? LastOfStringValue(text, at) : LastOfStringOrComment(text, at);
+        if (!IsBlank(c) && c != '/') before = c;
+        // A backslash means one thing in a value and nothing in a name, so that, behind a comma, it is not clear where
+        // a string with it ends, nor whether a comment begins behind it. Strings end with their line, comments may go
+        // on.
+        clearInLine = c != '"' || isStringValue || std::find(&text[at], &text[last], '\\') == &text[last];
         if (clearInLine) at = last;
     }
 }
@@ -177,6 +191,8 @@ public:
         RefuseDeeperThanAllowed(blocks_.size() + flowDepth_);
     }
     bool MayBeInFlow() const { return flowDepth_ > 0; }
+    /// Whether a line that begins in this column may go on with a flow collection.
+    bool MayGoOnWithFlow(std::size_t first) const { return flowDepth_ > 0 && first > flowColumn_; }
 
 private:
     /// A line that stands farther to the left ends all that began farther to the right.
@@ -274,6 +290,8 @@ public:
             TakeBetween(line, first + markLength, begin);
         } else if (state_ == State::between) {
             TakeBetween(line, first, begin);
+        } else if (IsEmptyDocument(line, first)) {
+            TakeBetween(line, first + markLength, begin);
         } else {
             TakeRoot(line, first, begin);
         }
@@ -288,17 +306,27 @@ private:
         return at == npos || line[at] == '#' || line[at] == '\r' ? npos : at;
     }
 
+    /// Where a root is expected, the mark of the end may stand instead.
+    bool IsEmptyDocument(const std::string& line, std::size_t at) {
+        if (line.compare(at, markLength, "...") != 0) return false;
+        state_ = State::between;
+        hadRoot_ = true;
+        return true;
+    }
+
     void TakeBetween(const std::string& line, std::size_t at, std::size_t begin) {
-        at = NextToken(line, at);
-        if (at == npos || line[at] == '%') return;
-        if (line.compare(at, markLength, "---") == 0) {
-            state_ = State::rootExpected;
-            at = NextToken(line, at + markLength);
-            if (at != npos) TakeRoot(line, at, begin);
-        } else if (!hadRoot_) {
+        for (at = NextToken(line, at); at != npos && line[at] != '%'; at = NextToken(line, at + markLength)) {
+            if (line.compare(at, markLength, "---") == 0) {
+                state_ = State::rootExpected;
+                at = NextToken(line, at + markLength);
+                if (at == npos) return;
+                if (IsEmptyDocument(line, at)) continue;
+            } else if (hadRoot_) {
+                if (line[at] == '-') Refuse("a dash between two documents");
+                return;
+            }
             TakeRoot(line, at, begin);
-        } else if (line[at] == '-') {
-            Refuse("a dash between two documents");
+            return;
         }
     }
 
@@ -353,10 +381,13 @@ void RefuseUnsafeYaml(const std::string& text) {
     bool clear = true;
     YamlStream stream(text);
     YamlNesting nesting;
+    YamlTexts texts;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find('\n', at), text.size());
-        const std::string line = text.substr(at, end - at);
-        stream.Take(line, at);
+        const std::string whole = text.substr(at, end - at);
+        stream.Take(whole, at);
+        const std::size_t first = whole.find_first_not_of(' ');
+        const std::string line = texts.TakenFrom(whole, clear && !nesting.MayGoOnWithFlow(first));
         nesting.Take(line, clear);
         RefuseEmptyName(line);
         if (AnnouncesBase64(line)) {

@@ -262,6 +262,11 @@ TEST_F(BinaryForLaserMachineTest, OtherChannelCountsAreAnEmptyGrayImageToOpenCv)
         EXPECT_EQ(algorithm->Execute(source, destination), 0) << channels;
         EXPECT_TRUE(destination.empty()) << channels;
     }
+    const int sizes[] = {3, 20, 15};
+    cv::Mat destination(3, 4, CV_8UC1, cv::Scalar(9));
+    EXPECT_EQ(algorithm->Execute(cv::Mat(3, sizes, CV_8UC2, cv::Scalar::all(9)), destination), 0);
+    EXPECT_TRUE(destination.empty());
+    EXPECT_THROW(algorithm->Execute(cv::Mat(3, sizes, CV_8UC1, cv::Scalar::all(9)), destination), cv::Exception);
 }
 
 TEST_F(BinaryForLaserMachineTest, RefusedDepthsAndWindowsReachTheHostAsExceptions) {

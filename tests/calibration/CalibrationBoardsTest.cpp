@@ -271,6 +271,8 @@ TEST(FindCalibrationBoard, EmptyPicturesAndOtherChannelCountsChangeNothing) {
     Find(cv::Mat()).ExpectNothingTouched();
     Find(cv::Mat(100, 100, CV_8UC4, cv::Scalar::all(9))).ExpectNothingTouched();
     Find(cv::Mat(100, 100, CV_8UC2, cv::Scalar::all(9))).ExpectNothingTouched();
+    const int sizes[] = {3, 100, 100};
+    Find(cv::Mat(3, sizes, CV_8UC2, cv::Scalar::all(9))).ExpectNothingTouched();
 }
 
 TEST(FindCalibrationBoard, ReportsExceptionsOfTheLibrary) {

@@ -111,6 +111,9 @@ TEST(GenerateChArUcoBoard, LetsExceptionsPass) {
     EXPECT_THROW(drawn.Draw(path, {7, 5}, 20.0f, 15.0f, 0), cv::Exception);
     EXPECT_THROW(drawn.Draw(path, {7, 5}, 20.0f, 15.0f, -300), cv::Exception);
     EXPECT_THROW(drawn.Draw(path, {7, 5}, 3e9f, 1e9f, 300), cv::Exception) << "a size that no int holds";
+    drawn.dictionary = cv::aruco::Dictionary();
+    EXPECT_THROW(drawn.Draw(path, {50000, 50000}, 20.0f, 15.0f, 72), cv::Exception);
+    EXPECT_EQ(drawn.dictionary.markerSize, 7) << "filled before the board is laid";
     EXPECT_THROW(drawn.Draw(folder.File("board.nonsense"), squares, squareLength, markerLength, 72), cv::Exception);
     EXPECT_EQ(GetLastError(), untouched);
 }

@@ -217,17 +217,91 @@ TEST(ForeignDocuments, WhatIsNotNestedDeeplyIsLoaded) {
     ExpectLoaded(folder.Write("flat.json", "{ \"a\": [ " + records + " ],\n" + json));
 }
 
+TEST(ForeignDocuments, TextsMayHoldAnything) {
+    const ScratchFolder folder;
+    const std::string texts[] = {"x, : y", "{  : }",       "!!binary |",      "see !binary data",
+                                 "# ",     "a \"b\", : c", "it's : ",         "C:\\[",
+                                 "\\",     "\\\"[{",       Times(1500, "[{"), Times(700, "- a: ")};
+    for (const char* name : {"texts.yml", "texts.xml", "texts.json"}) {
+        for (const std::string& text : texts) {
+            cv::FileStorage file(folder.File(name), cv::FileStorage::WRITE);
+            file.write("before", text);
+            file << "list"
+                 << "[";
+            for (int i = 0; i < 3; ++i) file.write("", text);
+            file << "]"
+                 << "number" << -5 << "flow"
+                 << "[:";
+            for (int i = 0; i < 3; ++i) {
+                file << "{:"
+                     << "x" << i;
+                file.write("text", text);
+                file << "}";
+                file.write("", text);
+            }
+            file << "]";
+            const std::string remark = std::string(name) == "texts.xml" ? "a remark" : text;
+            file.writeComment(remark, true);
+            file.writeComment(remark, false);
+            file.write("Homo", someMatrix);
+            file.release();
+            ExpectLoaded(folder.File(name));
+        }
+    }
+    const std::string json = StoredHomography(folder, ".json").substr(1);
+    const std::string records = Times(5000, "{ \"b\": \"C:\\\\[\", \"c\": [ \"\\\"]\" ] },\n") + "1";
+    ExpectLoaded(folder.Write("records.json", "{ \"a\": [ " + records + " ],\n" + json));
+}
+
+TEST(ForeignDocuments, ManySmallRecordsInOneFlowCollectionAreLoaded) {
+    const ScratchFolder folder;
+    for (const char* name : {"records.yml", "records.xml", "records.json"}) {
+        cv::FileStorage file(folder.File(name), cv::FileStorage::WRITE);
+        file << "records"
+             << "[:";
+        for (int i = 0; i < 3000; ++i) {
+            file << "{:"
+                 << "x" << i << "y" << -0.5 * i << "sides"
+                 << "[:" << 1 << 2 << "]"
+                 << "name"
+                 << "a mark"
+                 << "}";
+        }
+        file << "]";
+        file.write("Homo", someMatrix);
+        file.release();
+        ExpectLoaded(folder.File(name));
+    }
+}
+
+TEST(ForeignDocuments, WhatOnlyLooksLikeATextHidesNothing) {
+    const ScratchFolder folder;
+    const std::string deep = Times(tooDeep, "[");
+    for (const std::string& nodes :
+         {"a: { k:\n   x: \"b, c: " + deep + "\" }\n", "a: { \"k: 1, m: " + deep + "\" }\n",
+          "a: \"\\x4\" \", b: " + deep + "\n", "a: \"b\" " + deep + "\n", "a: b # c: " + deep + "\n",
+          "a: [ 1, ], " + Times(tooDeep, "[ \"]\", "), "a: { b:1, }: " + deep + "\n",
+          "a: [\n  \"]]\", b: \"x, " + deep + "\n", "a: [ { b: c } ]\nd: " + deep + "\n",
+          "a: [ -1-\"]\n" + Times(tooDeep, " [\n"), "- 'a'' ' " + deep + "\n"}) {
+        EXPECT_THROW(RefuseWhatParsersDoNotSurvive(yamlHead + nodes), cv::Exception) << nodes.substr(0, 40);
+    }
+    EXPECT_THROW(RefuseWhatParsersDoNotSurvive(yamlHead + "a: { k:\n   x: \"b,  : 1 }\n"), cv::Exception);
+    EXPECT_THROW(RefuseWhatParsersDoNotSurvive("{ \"a\\\": " + deep), cv::Exception);
+    EXPECT_THROW(RefuseWhatParsersDoNotSurvive("{ \"a\": \"b\\\\\", \"c\": " + deep), cv::Exception);
+}
+
 TEST(ForeignDocuments, ADashBetweenTwoDocumentsIsRefused) {
     const ScratchFolder folder;
-    for (const char* nodes : {"a: 1\n...\n- b\n", "a: 1\n...- b\n", "a: 1\n...\n# c\n%D\n  - b\n", "  a: 1\nxxx- b\n",
-                              "{}\nxxx- b\n", "- 1\n...\n-\n", "!!map\na: 1\n...\n-- b\n"}) {
+    for (const char* nodes :
+         {"a: 1\n...\n- b\n", "a: 1\n...- b\n", "a: 1\n...\n# c\n%D\n  - b\n", "  a: 1\nxxx- b\n", "{}\nxxx- b\n",
+          "- 1\n...\n-\n", "!!map\na: 1\n...\n-- b\n", "...\n---\n[ 1 ]xxx-2\n", "...\n--- ...\n- b\n"}) {
         EXPECT_THROW(RefuseWhatParsersDoNotSurvive(yamlHead + nodes), cv::Exception) << nodes;
         ExpectRefused(folder.Write("dash.yml", yamlHead + nodes), "");
     }
     const std::string map = StoredHomography(folder, ".yml").substr(yamlHead.size());
     const std::string streams[] = {
-        map + "...\n---\na: -1\n", "a: -1\n...\n---\n" + map, "- -1\n- - 2\n...\n# c\n--- # d\n" + map, "{ a: 1 }\n",
-        "!!map\n" + map,
+        map + "...\n---\na: -1\n", "a: -1\n...\n---\n" + map,   "- -1\n- - 2\n...\n# c\n--- # d\n" + map, "{ a: 1 }\n",
+        "!!map\n" + map,           "...\n--- ...\n---\n" + map,
     };
     for (const std::string& stream : streams)
         EXPECT_NO_THROW(RefuseWhatParsersDoNotSurvive(yamlHead + stream)) << stream;
