@@ -47,7 +47,8 @@ color : #6a737d;
 </head>
 <body>
 <h1>QuorvaneVision at work</h1>
-<p>Each picture on this page was made by a host program that links the shared library and uses its exported interface alone.</p>
+<p>Each picture on this page was made by a host program that links the shared library and uses its exported interface
+alone. Only the shape matcher, which works inside the filling, is shown from within.</p>
 )html";
 
 constexpr const char* pageEnd = "</body>\n</html>\n";
