@@ -4,84 +4,20 @@
 #include <opencv2/core.hpp>
 
 #include "calibration/CameraCalibration.h"
-#include "calibration/CameraCalibrator.h"
 #include "calibration/DocumentGuard.h"
 #include "calibration/LastError.h"
-#include "tests/support/Matchers.h"
+#include "tests/calibration/ForeignDocuments.h"
 #include "tests/support/RandomInput.h"
 #include "tests/support/ScratchFolder.h"
 
-// Documents that bring OpenCV's parsers down, and such as only look like them.
 namespace Quorvane::CameraCalibration {
 
 using testing::HasSubstr;
 using testing::StartsWith;
-using TestSupport::EqualsMat;
 using TestSupport::RandomInput;
 using TestSupport::ScratchFolder;
 
 namespace {
-
-const cv::Mat someMatrix = (cv::Mat_<double>(2, 2) << 1.5, -2.0, 1e-5, 4.0);
-const std::string yamlHead = "%YAML:1.0\n---\n";
-const std::string xmlHead = "<?xml version=\"1.0\"?>\n<opencv_storage>\n";
-constexpr int tooDeep = 100000;
-constexpr int allowed = 450;
-
-std::string Times(int count, const std::string& text) {
-    std::string all;
-    for (int i = 0; i < count; ++i) all += text;
-    return all;
-}
-
-/// Every load refuses the file with a text of the parser and goes on living.
-void ExpectRefused(const std::string& path, const std::string& reason) {
-    cv::Mat homography = someMatrix.clone();
-    EXPECT_FALSE(LoadHomography(path, homography)) << path;
-    EXPECT_THAT(GetLastError(), StartsWith("[Quorvane::CameraCalibration::LoadHomography]OpenCV("));
-    EXPECT_THAT(GetLastError(), HasSubstr(reason));
-    EXPECT_THAT(homography, EqualsMat(someMatrix));
-    double rms = 3.0;
-    cv::Mat D = someMatrix.clone();
-    EXPECT_FALSE(LoadCameraParameters(path, homography, D, rms));
-    EXPECT_THAT(GetLastError(), StartsWith("[Quorvane::CameraCalibration::LoadCameraParameters]OpenCV("));
-    CameraCalibrator calibrator;
-    EXPECT_THROW(calibrator.LoadCalibration(path), cv::Exception);
-}
-
-void ExpectLoaded(const std::string& path) {
-    cv::Mat homography;
-    EXPECT_TRUE(LoadHomography(path, homography)) << path << ": " << GetLastError();
-    EXPECT_THAT(homography, EqualsMat(someMatrix));
-}
-
-/// A homography as OpenCV stores it, without the document's head.
-std::string StoredHomography(const ScratchFolder& folder, const std::string& ending) {
-    const std::string name = "plain" + ending;
-    if (!SaveHomography(folder.File(name), someMatrix)) return "";
-    return folder.Read(name);
-}
-
-/// Adds nodes in front of the homography of a YAML document.
-std::string YamlWith(const ScratchFolder& folder, const std::string& nodes) {
-    return yamlHead + nodes + StoredHomography(folder, ".yml").substr(yamlHead.size());
-}
-
-std::string Compressed(const ScratchFolder& folder, const std::string& name, const std::string& text) {
-    // OpenCV writes what it is given; a comment may hold all but its own end, so the text is stored uncompressed.
-    std::string file("\x1f\x8b\x08\0\0\0\0\0\0\x03", 10);
-    for (std::size_t at = 0; at < text.size() || at == 0; at += 0xffff) {
-        const std::string block = text.substr(at, 0xffff);
-        const auto length = static_cast<unsigned>(block.size());
-        file.push_back(at + block.size() >= text.size() ? '\1' : '\0');
-        for (const unsigned half : {length, ~length}) {
-            file.push_back(static_cast<char>(half & 0xffu));
-            file.push_back(static_cast<char>((half >> 8) & 0xffu));
-        }
-        file += block;
-    }
-    return folder.Write(name, file);  // cut short before its check sum
-}
 
 TEST(ForeignDocuments, AnXmlDocumentThatEndsBehindAnEqualsSignIsRefused) {
     const ScratchFolder folder;
@@ -151,143 +87,6 @@ TEST(ForeignDocuments, EqualsSignsAtOtherEndsAreHarmless) {
     ExpectLoaded(folder.Write("blanks.xml", xml + Times(300, " \n")));
     ExpectLoaded(folder.Write("comment.yml", StoredHomography(folder, ".yml") + "# ="));
     ExpectLoaded(folder.Write("zeros.yml", StoredHomography(folder, ".yml") + std::string(300, '\0')));
-}
-
-TEST(ForeignDocuments, NestingThatOverflowsTheStackIsRefusedInEveryKind) {
-    const ScratchFolder folder;
-    std::string indented;
-    for (int i = 0; i < 1500; ++i) indented += std::string(static_cast<std::size_t>(i), ' ') + "a:\n";
-    const std::string documents[] = {
-        "{ \"a\": " + Times(tooDeep, "["),
-        "{ \"a\":\n" + Times(tooDeep, "{\"a\":\n"),
-        "{ \"a\\\": " + Times(tooDeep, "[ \"x\", ") + "\n",
-        xmlHead + Times(tooDeep, "<a>"),
-        xmlHead + Times(tooDeep, "<a>\n<!-- </a></a> -->\n"),
-        xmlHead + Times(tooDeep, "<a b='</a></a>'>\n"),
-        xmlHead + Times(tooDeep, "<_ type_id=\"seq\">\n"),
-        yamlHead + "a: " + Times(tooDeep, "["),
-        yamlHead + "a: " + Times(tooDeep, "[\n # ]]]\n "),
-        yamlHead + Times(tooDeep, " [\n"),
-        yamlHead + "a: " + Times(tooDeep, "{ b]]]: \n  "),
-        yamlHead + "a: " + Times(tooDeep, "[ ']]]', \n  "),
-        yamlHead + "a: " + Times(tooDeep, "- ") + "1\n",
-        yamlHead + "a: " + Times(tooDeep, "b: ") + "1\n",
-        yamlHead + "a: ..: " + Times(tooDeep, "- ") + "1\n",
-        yamlHead + "a: " + Times(tooDeep, "!!map b: ") + "1\n",
-        yamlHead + "a: " + Times(tooDeep, "!!map !!map 1: ") + "1\n",
-        yamlHead + "a: " + Times(tooDeep, "!!map .5: ") + "1\n",
-        yamlHead + "!<tag:yaml.org,2002:seq> " + Times(tooDeep, "- ") + "1\n",
-        yamlHead + "a: 1\n!b:" + Times(tooDeep, "-") + "1\n",
-        yamlHead + "a: !<tag:yaml.org,2002:map>" + Times(tooDeep, "b:") + "1\n",
-        yamlHead + "\"a\": " + Times(tooDeep, "-") + "1\n",
-        yamlHead + Times(tooDeep, "-"),
-        yamlHead + indented,
-    };
-    for (const std::string& document : documents) {
-        EXPECT_THROW(RefuseWhatParsersDoNotSurvive(document), cv::Exception) << document.substr(0, 60);
-        ExpectRefused(folder.Write("deep.txt", document), "the document is nested too deeply");
-        ExpectRefused(Compressed(folder, "deep.gz", document), "the document is nested too deeply");
-    }
-}
-
-TEST(ForeignDocuments, WhatIsNotNestedDeeplyIsLoaded) {
-    const ScratchFolder folder;
-    ExpectLoaded(folder.Write("deep.yml", YamlWith(folder, "a: " + Times(allowed, "[") + Times(allowed, "]") + "\n")));
-    ExpectLoaded(folder.Write("dashes.yml", YamlWith(folder, "a: " + Times(allowed, "- ") + "1\n")));
-    const std::string flat = Times(5000, "1, -2.5e-05, [ 3, { b:4 } ],\n   ") + "1";
-    ExpectLoaded(folder.Write("flat.yml", YamlWith(folder, "a: [ " + flat + " ]\n")));
-    ExpectLoaded(folder.Write("records.yml", YamlWith(folder, "a:\n" + Times(5000, "  - { b:\"x\", c:[ 1, 2 ] }\n"))));
-    ExpectLoaded(folder.Write("blocks.yml", YamlWith(folder, "a:\n" + Times(5000, "  - b: 1\n    c:\n     - -1\n"))));
-    std::string names;
-    for (int i = 0; i < 3000; ++i) names += "n" + std::to_string(i) + ": \"[ - : \"\n";
-    ExpectLoaded(folder.Write("names.yml", YamlWith(folder, names)));
-    ExpectLoaded(folder.Write("zero.yml", YamlWith(folder, "# " + Times(1500, "[") + "\n")));
-
-    const std::string xml = StoredHomography(folder, ".xml").substr(xmlHead.size());
-    ExpectLoaded(folder.Write("deep.xml", xmlHead + Times(allowed, "<a>") + Times(allowed, "</a>\n") + xml));
-    std::string elements;
-    for (int i = 0; i < 5000; ++i) elements += "<_ type_id=\"map\"><!-- <a> --><b>\"x\"</b><c>1 2</c></_>\n";
-    ExpectLoaded(folder.Write("flat.xml", xmlHead + "<list>" + elements + "</list>" + xml));
-
-    const std::string json = StoredHomography(folder, ".json").substr(1);
-    ExpectLoaded(
-        folder.Write("deep.json", "{ \"a\": " + Times(allowed, "[") + "1" + Times(allowed, "]") + ",\n" + json));
-    const std::string records =
-        Times(5000, "{ \"b\": \"[{ \", \"p\":\n\"C:\\\\a\",\n\"c\": [ 1, 2 ] },\n/* [ */ ") + "1";
-    ExpectLoaded(folder.Write("flat.json", "{ \"a\": [ " + records + " ],\n" + json));
-}
-
-TEST(ForeignDocuments, TextsMayHoldAnything) {
-    const ScratchFolder folder;
-    const std::string texts[] = {"x, : y", "{  : }",       "!!binary |",      "see !binary data",
-                                 "# ",     "a \"b\", : c", "it's : ",         "C:\\[",
-                                 "\\",     "\\\"[{",       Times(1500, "[{"), Times(700, "- a: ")};
-    for (const char* name : {"texts.yml", "texts.xml", "texts.json"}) {
-        for (const std::string& text : texts) {
-            cv::FileStorage file(folder.File(name), cv::FileStorage::WRITE);
-            file.write("before", text);
-            file << "list"
-                 << "[";
-            for (int i = 0; i < 3; ++i) file.write("", text);
-            file << "]"
-                 << "number" << -5 << "flow"
-                 << "[:";
-            for (int i = 0; i < 3; ++i) {
-                file << "{:"
-                     << "x" << i;
-                file.write("text", text);
-                file << "}";
-                file.write("", text);
-            }
-            file << "]";
-            const std::string remark = std::string(name) == "texts.xml" ? "a remark" : text;
-            file.writeComment(remark, true);
-            file.writeComment(remark, false);
-            file.write("Homo", someMatrix);
-            file.release();
-            ExpectLoaded(folder.File(name));
-        }
-    }
-    const std::string json = StoredHomography(folder, ".json").substr(1);
-    const std::string records = Times(5000, "{ \"b\": \"C:\\\\[\", \"c\": [ \"\\\"]\" ] },\n") + "1";
-    ExpectLoaded(folder.Write("records.json", "{ \"a\": [ " + records + " ],\n" + json));
-}
-
-TEST(ForeignDocuments, ManySmallRecordsInOneFlowCollectionAreLoaded) {
-    const ScratchFolder folder;
-    for (const char* name : {"records.yml", "records.xml", "records.json"}) {
-        cv::FileStorage file(folder.File(name), cv::FileStorage::WRITE);
-        file << "records"
-             << "[:";
-        for (int i = 0; i < 3000; ++i) {
-            file << "{:"
-                 << "x" << i << "y" << -0.5 * i << "sides"
-                 << "[:" << 1 << 2 << "]"
-                 << "name"
-                 << "a mark"
-                 << "}";
-        }
-        file << "]";
-        file.write("Homo", someMatrix);
-        file.release();
-        ExpectLoaded(folder.File(name));
-    }
-}
-
-TEST(ForeignDocuments, WhatOnlyLooksLikeATextHidesNothing) {
-    const ScratchFolder folder;
-    const std::string deep = Times(tooDeep, "[");
-    for (const std::string& nodes :
-         {"a: { k:\n   x: \"b, c: " + deep + "\" }\n", "a: { \"k: 1, m: " + deep + "\" }\n",
-          "a: \"\\x4\" \", b: " + deep + "\n", "a: \"b\" " + deep + "\n", "a: b # c: " + deep + "\n",
-          "a: [ 1, ], " + Times(tooDeep, "[ \"]\", "), "a: { b:1, }: " + deep + "\n",
-          "a: [\n  \"]]\", b: \"x, " + deep + "\n", "a: [ { b: c } ]\nd: " + deep + "\n",
-          "a: [ -1-\"]\n" + Times(tooDeep, " [\n"), "- 'a'' ' " + deep + "\n"}) {
-        EXPECT_THROW(RefuseWhatParsersDoNotSurvive(yamlHead + nodes), cv::Exception) << nodes.substr(0, 40);
-    }
-    EXPECT_THROW(RefuseWhatParsersDoNotSurvive(yamlHead + "a: { k:\n   x: \"b,  : 1 }\n"), cv::Exception);
-    EXPECT_THROW(RefuseWhatParsersDoNotSurvive("{ \"a\\\": " + deep), cv::Exception);
-    EXPECT_THROW(RefuseWhatParsersDoNotSurvive("{ \"a\": \"b\\\\\", \"c\": " + deep), cv::Exception);
 }
 
 TEST(ForeignDocuments, ADashBetweenTwoDocumentsIsRefused) {
