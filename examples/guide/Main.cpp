@@ -225,16 +225,7 @@ cv::Mat Change() {
 
 cv::Mat TwoCameraViews() {
     using CameraCalibration::ImageDirFlags;
-    cv::Mat scene;
-    cv::resize(LoadColourPicture("coffee.png"), scene, {}, 1.5, 1.5, cv::INTER_CUBIC);
-    TwoCameras cameras;
-    cameras.view = {520, 560};
-    cameras.overlap = 200.0;
-    cameras.shiftDown = 10.0;
-    cameras.turn = 1.0;
-    cameras.light1 = 0.85;
-    cameras.noise = 1.5;
-    const TwoViews views = TestSupport::Photograph(cameras, scene);
+    const TwoViews views = TestSupport::PhotographTable();
     const ImageDirFlags upright(-1, false, false);
     std::vector<cv::Point2f> points1;
     std::vector<cv::Point2f> points2;

@@ -98,16 +98,7 @@ void RenderBed(const Folder& folder) {
 
 /// left.png and right.png: a table under two cameras, the left one on its side and with less light.
 void RenderTwoCameras(const Folder& folder) {
-    cv::Mat scene;
-    cv::resize(LoadColourPicture("coffee.png"), scene, {}, 1.5, 1.5, cv::INTER_CUBIC);
-    TwoCameras cameras;
-    cameras.view = {520, 560};
-    cameras.overlap = 200.0;
-    cameras.shiftDown = 10.0;
-    cameras.turn = 1.0;
-    cameras.light1 = 0.85;
-    cameras.noise = 1.5;
-    const TwoViews views = Photograph(cameras, scene);
+    const TwoViews views = PhotographTable();
     folder.Write("left.png", Mounted(views.picture1, cv::ROTATE_90_CLOCKWISE, false, false));
     folder.Write("right.png", views.picture2);
 }

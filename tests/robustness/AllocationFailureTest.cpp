@@ -232,5 +232,36 @@ TEST_P(AllocationFailureInAlgorithm, LeavesTheSourceAndTheParametersAlone) {
 INSTANTIATE_TEST_SUITE_P(Each, AllocationFailureInAlgorithm,
                          testing::Values("BinaryForLaserMachine", "IntelligentFilling", "FindMarkPoint"));
 
+class FailingAllocation : public testing::TestWithParam<const char*> {};
+
+TEST_P(FailingAllocation, InAConstructorLeavesNothingBehind) {
+    AlgorithmFactory factory;
+    const std::string name = GetParam();
+    const long heldBefore = allocationsHeld;
+    int failures = 0;
+    for (long allowed = 0;; ++allowed) {
+        Algorithm* algorithm = nullptr;
+        allocationsLeft = allowed;
+        bool failed = false;
+        try {
+            algorithm = factory.CreateAlgorithm(name);
+        } catch (const std::bad_alloc&) {
+            failed = true;
+        }
+        allocationsLeft = never;
+        if (!failed) {
+            ASSERT_NE(algorithm, nullptr);
+            factory.ReleaseAlgorithm(algorithm);
+        }
+        ASSERT_EQ(allocationsHeld, heldBefore) << "with " << allowed << " allocations allowed";
+        if (!failed) break;
+        ++failures;
+    }
+    EXPECT_GT(failures, 4) << "the object, its two tables and their handles";
+}
+
+INSTANTIATE_TEST_SUITE_P(EachAlgorithm, FailingAllocation,
+                         testing::Values("BinaryForLaserMachine", "IntelligentFilling", "FindMarkPoint"));
+
 }  // namespace
 }  // namespace Quorvane::Robustness

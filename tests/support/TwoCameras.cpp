@@ -4,6 +4,7 @@
 #include <cmath>
 #include <opencv2/imgproc.hpp>
 
+#include "tests/support/Pictures.h"
 #include "tests/support/Scene.h"
 
 namespace Quorvane::TestSupport {
@@ -52,6 +53,19 @@ TwoViews Photograph(const TwoCameras& cameras, const cv::Mat& scene) {
     views.overlap1 = {cameras.view.width - width, 0, width, cameras.view.height};
     views.overlap2 = {0, 0, width, cameras.view.height};
     return views;
+}
+
+TwoViews PhotographTable() {
+    cv::Mat scene;
+    cv::resize(LoadColourPicture("coffee.png"), scene, {}, 1.5, 1.5, cv::INTER_CUBIC);
+    TwoCameras cameras;
+    cameras.view = {520, 560};
+    cameras.overlap = 200.0;
+    cameras.shiftDown = 10.0;
+    cameras.turn = 1.0;
+    cameras.light1 = 0.85;
+    cameras.noise = 1.5;
+    return Photograph(cameras, scene);
 }
 
 cv::Mat Mounted(const cv::Mat& upright, int rotateCode, bool flipHorizontal, bool flipVertical) {

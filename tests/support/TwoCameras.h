@@ -31,6 +31,9 @@ struct TwoViews {
 /// lies beyond the scene is mirrored.
 TwoViews Photograph(const TwoCameras& cameras, const cv::Mat& scene);
 
+/// A table under two cameras, as the guide and the example programs show them.
+TwoViews PhotographTable();
+
 /// An upright picture as a camera delivers it that is mounted so that a rotation by `rotateCode` (0 to 2 as OpenCV
 /// counts them; none for others), then a flip top to bottom, then one left to right bring it upright.
 cv::Mat Mounted(const cv::Mat& upright, int rotateCode, bool flipHorizontal, bool flipVertical);
