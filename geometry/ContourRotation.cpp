@@ -13,8 +13,8 @@ cv::Mat EdgesAndSpokes(const std::vector<cv::Point2f>& points, const cv::Point2f
     cv::Mat rows = cv::Mat::zeros(2 * count, 2, CV_32F);
     for (int i = 0; i < count; ++i) {
         const auto index = static_cast<std::size_t>(i);
-        if (i + 1 < count) rows.at<cv::Vec2f>(i) = points[index] - points[index + 1];
-        rows.at<cv::Vec2f>(count + i) = points[index] - center;
+        if (i + 1 < count) *rows.ptr<cv::Vec2f>(i) = points[index] - points[index + 1];
+        *rows.ptr<cv::Vec2f>(count + i) = points[index] - center;
     }
     return rows;
 }

@@ -6,15 +6,36 @@
 #include <limits>
 #include <opencv2/core.hpp>
 
+#include "tests/support/CapturedStream.h"
 #include "tests/support/PointLists.h"
 #include "tests/support/RandomInput.h"
 
 namespace Quorvane::UtilityFunctions {
 
+using TestSupport::CapturedStream;
 using TestSupport::RandomInput;
 using TestSupport::Turned;
 
 namespace {
+
+/// While this object lives, OpenCV has no memory for matrices.
+class NoMatrices : public cv::MatAllocator {
+public:
+    NoMatrices() { cv::Mat::setDefaultAllocator(this); }
+    ~NoMatrices() override { cv::Mat::setDefaultAllocator(former_); }
+    NoMatrices(const NoMatrices&) = delete;
+    NoMatrices& operator=(const NoMatrices&) = delete;
+
+    cv::UMatData* allocate(int, const int*, int, void*, std::size_t*, cv::AccessFlag,
+                           cv::UMatUsageFlags) const override {
+        throw cv::Exception(cv::Error::StsNoMem, "no memory for matrices", "allocate", "", 0);
+    }
+    bool allocate(cv::UMatData*, cv::AccessFlag, cv::UMatUsageFlags) const override { return false; }
+    void deallocate(cv::UMatData*) const override {}
+
+private:
+    cv::MatAllocator* former_ = cv::Mat::getDefaultAllocator();
+};
 
 using Points = std::vector<cv::Point2f>;
 
@@ -185,6 +206,19 @@ TEST(CalculateContourRotation, OfListsThatDoNotMatchIsZero) {
     EXPECT_EQ(CalculateContourRotation({}, {}, {0, 0}, {0, 0}), 0.0);
     EXPECT_EQ(CalculateContourRotation({{1, 2}}, {{5, 6}}, {0, 0}, {0, 0}), 0.0);
     EXPECT_EQ(CalculateContourRotation({}, three, {0, 0}, {0, 0}), 0.0);
+}
+
+TEST(CalculateContourRotation, IsZeroWithoutAWordWhereOpenCVFails) {
+    const Points three{{0, 0}, {10, 0}, {10, 5}};
+    const Points two{{0, 0}, {10, 0}};
+    const CapturedStream errors(std::cerr);
+    const CapturedStream output(std::cout);
+    const NoMatrices noMatrices;
+    EXPECT_THROW(cv::Mat(3, 3, CV_32F), cv::Exception);
+    EXPECT_EQ(RotationAboutCentroids(three, Turned(three, 30.0)), 0.0);
+    EXPECT_NEAR(RotationAboutCentroids(two, Turned(two, 30.0)), 30.0, 1e-4) << "two points need no matrix";
+    EXPECT_EQ(errors.Text(), "");
+    EXPECT_EQ(output.Text(), "");
 }
 
 TEST(CalculateContourRotation, OfAMirroredListGivesSomeAngle) {
