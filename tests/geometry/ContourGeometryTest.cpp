@@ -195,6 +195,7 @@ TEST_F(CutImageBasePointTest, CutsAroundTheTruncatedCentre) {
 TEST_F(CutImageBasePointTest, ShiftsRatherThanShrinksAtTheTopLeft) {
     EXPECT_THAT(CutImageBasePoint(image_, {0, 0}, 10, 10, false), EqualsMat(image_(cv::Rect(0, 0, 10, 10))));
     EXPECT_THAT(CutImageBasePoint(image_, {-500, 3}, 10, 10, false), EqualsMat(image_(cv::Rect(0, 0, 10, 10))));
+    EXPECT_THAT(CutImageBasePoint(image_, {6, 4}, 10, 10, false), EqualsMat(image_(cv::Rect(1, 0, 10, 10))));
 }
 
 TEST_F(CutImageBasePointTest, ShrinksAtTheBottomRight) {
@@ -351,6 +352,10 @@ TEST(GetMinimumBoundingRectangle, NegativeCoordinatesDoNotLowerTheMaxima) {
     EXPECT_EQ(rect, cv::Rect2f(-30, -40, 60, 80));
 }
 
+TEST(GetMinimumBoundingRectangle, OfTheOriginAloneIsAsLargeAsTheLeastNumber) {
+    EXPECT_EQ(GetMinimumBoundingRectangle({{0, 0}}), cv::Rect2f(0, 0, 1.1754944e-38f, 1.1754944e-38f));
+}
+
 TEST(GetMinimumBoundingRectangle, HoldsAPartBelowZero) {
     // W = 20 - -30 and H = 5 - -40: the corner (50, 45) spans the rectangle with (-30, -40).
     EXPECT_EQ(GetMinimumBoundingRectangle({{-30, -40}, {20, 5}}), cv::Rect2f(-30, -40, 80, 85));
@@ -404,6 +409,8 @@ TEST(SortContour, ToleranceHelpsOnlyThePointOfTheLargerColumn) {
     const cv::Point2f b(1.00005f, 2.0f);
     EXPECT_EQ(SortContour({a, b}), (Points{b, a}));
     EXPECT_EQ(SortContour({b, a}), (Points{a, b}));
+    const cv::Point2f beyondTheTolerance(1.00015f, 2.0f);
+    EXPECT_EQ(SortContour({a, beyondTheTolerance}), (Points{a, beyondTheTolerance}));
 }
 
 TEST(SortContour, KeepsAllPointsWhereTheOrderContradictsItself) {

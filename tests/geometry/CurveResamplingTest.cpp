@@ -41,6 +41,37 @@ TEST(RemoveCurvatureOutliers, DropsAWildPoint) {
     EXPECT_THAT(kept, Contains(points[5]));
 }
 
+/// Up and down by 1. The neighbours of point i + 1 are 2 * spacings[i] apart, so its curvature is 2 / spacings[i]^2.
+Points Zigzag(const std::vector<float>& spacings) {
+    Points points{{0, 0}, {0.5f, 1}};
+    for (const float spacing : spacings) {
+        const auto n = points.size();
+        points.emplace_back(points[n - 2].x + 2.0f * spacing, static_cast<float>(n % 2));
+    }
+    return points;
+}
+
+TEST(RemoveCurvatureOutliers, ComparesWithTheMedianAndTheMedianDeviation) {
+    // Curvatures of 0.5, 2, 8, 2 and 0.125: the median is 2, that of the deviations 1.5. The limit reaches 8 where the
+    // factor is 6 / (1.4826 * 1.5) = 2.69796.
+    const Points odd = Zigzag({1, 2, 1, 0.5f, 1, 4, 1});
+    EXPECT_THAT(removeCurvatureOutliers(odd, 2.6979), testing::AllOf(SizeIs(8), Not(Contains(odd[4]))));
+    EXPECT_THAT(removeCurvatureOutliers(odd, 2.6980), ElementsAreArray(odd));
+    // 0.5, 2, 8 and 0.125: the upper ones of two middles are 2 and 1.875, and 6 / (1.4826 * 1.875) = 2.15837.
+    const Points even = Zigzag({1, 2, 1, 0.5f, 4, 1});
+    EXPECT_THAT(removeCurvatureOutliers(even, 2.1583), testing::AllOf(SizeIs(7), Not(Contains(even[4]))));
+    EXPECT_THAT(removeCurvatureOutliers(even, 2.1584), ElementsAreArray(even));
+}
+
+TEST(RemoveCurvatureOutliers, KeepsAWildPointWhoseNeighboursCoincide) {
+    Points points = Wave(40);
+    points[20].y += 9.0f;
+    points[21] = points[19];
+    EXPECT_THAT(removeCurvatureOutliers(points, 3.0), Contains(points[20]));
+    points[21].x += 0.0008f;
+    EXPECT_THAT(removeCurvatureOutliers(points, 3.0), Not(Contains(points[20])));
+}
+
 TEST(RemoveCurvatureOutliers, KeepsTheTwoPointsAtEitherEnd) {
     Points points = Wave(40);
     points[1].y += 9.0f;
