@@ -42,8 +42,8 @@ QUORVANE_EXPORT cv::Mat CalculateExpansionHomography(const cv::Mat& homography, 
 ///
 /// The rectangle begins at the truncated centre minus half the size. At the left and the top border it is shifted into
 /// the image and keeps its size; at the right and the bottom it is cut off. With `keepImageSize` the result has the
-/// size of the image and is black outside the rectangle. An empty image gives an empty result. A rectangle that lies
-/// wholly beyond the right or bottom border, and a negative size, give a `cv::Exception`.
+/// size of the image and is black outside the rectangle. An empty image gives an empty result. A rectangle that begins
+/// beyond the right or bottom border, and a negative size, give a `cv::Exception`.
 QUORVANE_EXPORT cv::Mat CutImageBasePoint(const cv::Mat& image, const cv::Point2f& center, const int& width,
                                           const int& height, const bool& keepImageSize);
 

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
 #include <opencv2/core.hpp>
@@ -183,64 +181,6 @@ TEST(CalculateExpansionHomography, ReadsFloatsAsDoubles) {
     EXPECT_THAT(CalculateExpansionHomography(homography, 2.0), EqualsMat(expected));
 }
 
-class CutImageBasePointTest : public testing::Test {
-protected:
-    const cv::Mat image_ = RandomInput(42).Image({60, 40}, 3);
-};
-
-TEST_F(CutImageBasePointTest, CutsAroundTheTruncatedCentre) {
-    EXPECT_THAT(CutImageBasePoint(image_, {30.9f, 20.9f}, 11, 7, false), EqualsMat(image_(cv::Rect(25, 17, 11, 7))));
-}
-
-TEST_F(CutImageBasePointTest, ShiftsRatherThanShrinksAtTheTopLeft) {
-    EXPECT_THAT(CutImageBasePoint(image_, {0, 0}, 10, 10, false), EqualsMat(image_(cv::Rect(0, 0, 10, 10))));
-    EXPECT_THAT(CutImageBasePoint(image_, {-500, 3}, 10, 10, false), EqualsMat(image_(cv::Rect(0, 0, 10, 10))));
-    EXPECT_THAT(CutImageBasePoint(image_, {6, 4}, 10, 10, false), EqualsMat(image_(cv::Rect(1, 0, 10, 10))));
-}
-
-TEST_F(CutImageBasePointTest, ShrinksAtTheBottomRight) {
-    EXPECT_THAT(CutImageBasePoint(image_, {58, 39}, 10, 8, false), EqualsMat(image_(cv::Rect(53, 35, 7, 5))));
-}
-
-TEST_F(CutImageBasePointTest, LargerThanTheImageIsTheImage) {
-    EXPECT_THAT(CutImageBasePoint(image_, {30, 20}, 1000, 1000, false), EqualsMat(image_));
-    EXPECT_THAT(CutImageBasePoint(image_, {30, 20}, 2147483647, 2147483647, false), EqualsMat(image_));
-}
-
-TEST_F(CutImageBasePointTest, CanKeepTheSizeOfTheImage) {
-    const cv::Rect rectangle(25, 17, 11, 7);
-    cv::Mat expected = cv::Mat::zeros(image_.size(), image_.type());
-    image_(rectangle).copyTo(expected(rectangle));
-    EXPECT_THAT(CutImageBasePoint(image_, {30, 20}, 11, 7, true), EqualsMat(expected));
-}
-
-TEST_F(CutImageBasePointTest, GivesACopy) {
-    cv::Mat crop = CutImageBasePoint(image_, {30, 20}, 1000, 1000, false);
-    EXPECT_NE(crop.data, image_.data);
-}
-
-TEST_F(CutImageBasePointTest, OfNothingIsNothing) {
-    EXPECT_TRUE(CutImageBasePoint(cv::Mat(), {0, 0}, 10, 10, false).empty());
-    EXPECT_TRUE(CutImageBasePoint(cv::Mat(), {0, 0}, 10, 10, true).empty());
-}
-
-TEST_F(CutImageBasePointTest, OfNoSizeIsNothingOrBlack) {
-    EXPECT_TRUE(CutImageBasePoint(image_, {30, 20}, 0, 0, false).empty());
-    EXPECT_THAT(CutImageBasePoint(image_, {30, 20}, 0, 0, true),
-                EqualsMat(cv::Mat(cv::Mat::zeros(image_.size(), image_.type()))));
-}
-
-TEST_F(CutImageBasePointTest, RefusesARectangleOutsideTheImage) {
-    const float notANumber = std::numeric_limits<float>::quiet_NaN();
-    for (const cv::Point2f& center : {cv::Point2f(80, 20), cv::Point2f(30, 60), cv::Point2f(3e9f, 20),
-                                      cv::Point2f(30, 1e38f), cv::Point2f(notANumber, 20)}) {
-        EXPECT_THROW(CutImageBasePoint(image_, center, 10, 10, false), cv::Exception) << center;
-        EXPECT_THROW(CutImageBasePoint(image_, center, 10, 10, true), cv::Exception) << center;
-    }
-    EXPECT_THROW(CutImageBasePoint(image_, {30, 20}, -10, 10, false), cv::Exception);
-    EXPECT_THROW(CutImageBasePoint(image_, {30, 20}, 10, -2147483647 - 1, false), cv::Exception);
-}
-
 TEST(FindFarthestPairPointInContour, FindsTheDiagonal) {
     cv::Point2f first;
     cv::Point2f second;
@@ -387,81 +327,6 @@ TEST(GetRotateRectConner, LooksAtTheTwoLowestBitsOfTheIndex) {
     const cv::RotatedRect rect({50, 60}, {20, 10}, 0.0f);
     EXPECT_EQ(GetRotateRectConner(rect, 4), GetRotateRectConner(rect, 0));
     EXPECT_EQ(GetRotateRectConner(rect, -1), GetRotateRectConner(rect, 3));
-}
-
-TEST(SortContour, SortsByColumnThenRow) {
-    const Points expected{{0, 5}, {1, 1}, {1, 2}};
-    EXPECT_EQ(SortContour({{1, 2}, {1, 1}, {0, 5}}), expected);
-}
-
-TEST(SortContour, LeavesItsInputAlone) {
-    const Points contour{{1, 2}, {1, 1}, {0, 5}};
-    const Points before = contour;
-    SortContour(contour);
-    EXPECT_EQ(contour, before);
-    EXPECT_TRUE(SortContour({}).empty());
-}
-
-TEST(SortContour, ToleranceHelpsOnlyThePointOfTheLargerColumn) {
-    // Nearly the same column. The second point's row is the lesser one, so it counts as less although its column is the
-    // larger one; the other way round, the first point is less by its column alone.
-    const cv::Point2f a(1.0f, 5.0f);
-    const cv::Point2f b(1.00005f, 2.0f);
-    EXPECT_EQ(SortContour({a, b}), (Points{b, a}));
-    EXPECT_EQ(SortContour({b, a}), (Points{a, b}));
-    const cv::Point2f beyondTheTolerance(1.00015f, 2.0f);
-    EXPECT_EQ(SortContour({a, beyondTheTolerance}), (Points{a, beyondTheTolerance}));
-}
-
-TEST(SortContour, KeepsAllPointsWhereTheOrderContradictsItself) {
-    RandomInput random(44);
-    const auto plainLess = [](const cv::Point2f& a, const cv::Point2f& b) {
-        return a.x < b.x || (a.x == b.x && a.y < b.y);
-    };
-    for (int i = 0; i < 300; ++i) {
-        Points contour;
-        for (int n = random.Integer(0, 400); n > 0; --n) {
-            contour.emplace_back(static_cast<float>(random.Integer(0, 20)) * 0.00004f,
-                                 static_cast<float>(random.Integer(0, 5)));
-        }
-        Points sorted = SortContour(contour);
-        std::sort(sorted.begin(), sorted.end(), plainLess);
-        std::sort(contour.begin(), contour.end(), plainLess);
-        ASSERT_EQ(sorted, contour) << "list " << i;
-    }
-}
-
-TEST(SortContour, StaysInItsListWhereCoordinatesAreNoNumbers) {
-    constexpr float infinity = std::numeric_limits<float>::infinity();
-    const std::array<float, 5> values{-infinity, infinity, std::numeric_limits<float>::quiet_NaN(), 1.0f, 1.00005f};
-    RandomInput random(48);
-    for (int i = 0; i < 200; ++i) {
-        Points contour;
-        std::size_t endless = 0;
-        for (int n = random.Integer(0, 200); n > 0; --n) {
-            contour.emplace_back(values[static_cast<std::size_t>(random.Integer(0, 4))],
-                                 values[static_cast<std::size_t>(random.Integer(0, 4))]);
-            endless += std::isinf(contour.back().x) ? 1u : 0u;
-        }
-        const Points sorted = SortContour(contour);
-        ASSERT_EQ(sorted.size(), contour.size());
-        const auto count = std::count_if(sorted.begin(), sorted.end(), [](auto& p) { return std::isinf(p.x); });
-        ASSERT_EQ(static_cast<std::size_t>(count), endless) << "list " << i;
-    }
-}
-
-TEST(SortContour, SortsRandomPoints) {
-    RandomInput random(45);
-    for (int i = 0; i < 100; ++i) {
-        Points contour;
-        for (int n = random.Integer(0, 200); n > 0; --n) {
-            contour.emplace_back(static_cast<float>(random.Integer(0, 30)), static_cast<float>(random.Integer(0, 30)));
-        }
-        const Points sorted = SortContour(contour);
-        std::sort(contour.begin(), contour.end(),
-                  [](const cv::Point2f& a, const cv::Point2f& b) { return a.x != b.x ? a.x < b.x : a.y < b.y; });
-        ASSERT_EQ(sorted, contour) << "list " << i;
-    }
 }
 
 }  // namespace
