@@ -33,6 +33,25 @@ TEST(FitCircleAlgebraic, FindsAnExactCircle) {
     EXPECT_EQ(radius, static_cast<float>(radius)) << "the radius has the precision of a float";
 }
 
+TEST(FitCircleAlgebraic, SquaresTheCentreInFloat) {
+    // Deliberate, and hosts see it far from the origin: of 3000.5 squared, 9003000.25, a float keeps 9003000. Twice
+    // that quarter is missing from the squared radius of 100.
+    std::vector<cv::Point2f> points;
+    for (const cv::Point2f& d : {cv::Point2f(10, 0), cv::Point2f(8, 6), cv::Point2f(6, 8), cv::Point2f(0, 10)}) {
+        for (const float sign : {-1.0f, 1.0f}) {
+            points.emplace_back(3000.5f + d.x, 3000.5f + sign * d.y);
+            points.emplace_back(3000.5f - d.x, 3000.5f + sign * d.y);
+        }
+    }
+    cv::Point2f center;
+    double radius = 0.0;
+    double score = 0.0;
+    EXPECT_TRUE(fitCircleAlgebraic(points, center, radius, score));
+    EXPECT_EQ(center, cv::Point2f(3000.5f, 3000.5f));
+    EXPECT_NEAR(radius, std::sqrt(99.5), 1e-4);
+    EXPECT_NEAR(score, 1.0, 1e-4) << "all points are as far from the centre";
+}
+
 TEST(FitCircleAlgebraic, NeedsThreePoints) {
     cv::Point2f center(1, 2);
     double radius = 3.0;
