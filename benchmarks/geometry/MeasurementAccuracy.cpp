@@ -12,9 +12,11 @@
 #include <string>
 #include <vector>
 
+#include "geometry/CircleFit.h"
 #include "geometry/EdgeCaliper.h"
 #include "geometry/UtilityFunctions.h"
 #include "tests/support/Errors.h"
+#include "tests/support/RandomInput.h"
 #include "tests/support/Scene.h"
 
 namespace {
@@ -194,6 +196,38 @@ void PrintDiscs() {
     }
 }
 
+void PrintFarCircles() {
+    constexpr int circles = 200;
+    constexpr int points = 360;
+    std::puts("\n### Circles far from the origin\n");
+    std::puts("The fit alone: 360 exact points, rounded to float as measured ones are, of 200 circles per row whose");
+    std::puts("centre lies up to 100 pixels beside (distance, distance).\n");
+    std::puts("| distance | radius | radius: mean | worst | scatter | centre: mean | worst | scatter |");
+    std::puts("|---|---|---|---|---|---|---|---|");
+    Quorvane::TestSupport::RandomInput random(1);
+    for (const double distance : {0.0, 1000.0, 2000.0, 4000.0, 8000.0}) {
+        for (const double radius : {10.0, 50.0, 200.0}) {
+            Errors radii;
+            Errors centers;
+            for (int i = 0; i < circles; ++i) {
+                const cv::Point2d center(distance + random.Real(-100.0, 100.0), distance + random.Real(-100.0, 100.0));
+                std::vector<cv::Point2f> rim;
+                for (int k = 0; k < points; ++k) {
+                    const double theta = 2.0 * CV_PI * k / points;
+                    rim.emplace_back(center + radius * cv::Point2d(std::cos(theta), std::sin(theta)));
+                }
+                cv::Point2f found;
+                double foundRadius = 0.0;
+                double score = 0.0;
+                Quorvane::UtilityFunctions::fitCircleAlgebraic(rim, found, foundRadius, score);
+                radii.Add(foundRadius - radius);
+                centers.Add(cv::norm(cv::Point2d(found) - center));
+            }
+            std::printf("| %.0f | %.0f |%s%s\n", distance, radius, radii.Columns().c_str(), centers.Columns().c_str());
+        }
+    }
+}
+
 /// A wave of 12 pixels height, whose steepest place rises by 0.8.
 double WaveAt(double x, double phase) { return 60.0 + phase + 12.0 * std::sin(x / 15.0); }
 
@@ -254,6 +288,7 @@ int main() {
     PrintEdges();
     PrintBlurs();
     PrintDiscs();
+    PrintFarCircles();
     PrintCurves();
     PrintEnds();
     return 0;
