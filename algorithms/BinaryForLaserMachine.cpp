@@ -53,9 +53,12 @@ int BinaryForLaserMachine::Execute(const cv::Mat& source, cv::Mat& destination) 
     cv::Mat foreground;
     cv::threshold(gray, foreground, 0.0, white, cv::THRESH_BINARY | cv::THRESH_OTSU);
     const cv::Mat deviation = LocalDeviationMap(gray, side);
-    const cv::Mat dots = ThrowDots(gray, foreground, deviation, ChanceBand{low, high}, std::random_device{}());
+    cv::Mat dots = ThrowDots(gray, foreground, deviation, ChanceBand{low, high}, std::random_device{}());
+    if (gray.depth() == CV_16U) {
+        foreground.convertTo(foreground, CV_8U);
+        dots.convertTo(dots, CV_8U);
+    }
     cv::bitwise_and(foreground, dots, destination);
-    if (gray.depth() == CV_16U) destination.convertTo(destination, CV_8U);
     return 0;
 }
 
