@@ -24,9 +24,8 @@ TEST(SortContour, SortsByColumnThenRow) {
 
 TEST(SortContour, LeavesItsInputAlone) {
     const Points contour{{1, 2}, {1, 1}, {0, 5}};
-    const Points before = contour;
     SortContour(contour);
-    EXPECT_EQ(contour, before);
+    EXPECT_EQ(contour, (Points{{1, 2}, {1, 1}, {0, 5}}));
     EXPECT_TRUE(SortContour({}).empty());
 }
 
