@@ -19,8 +19,7 @@ struct Views {
 };
 
 bool FindCircles(const cv::Mat& picture, cv::Size pattern, std::vector<cv::Point2f>& centers) {
-    return cv::findCirclesGrid(picture, pattern, centers, cv::CALIB_CB_SYMMETRIC_GRID,
-                               cv::SimpleBlobDetector::create());
+    return FindCircleGrid(picture, pattern, centers, cv::CALIB_CB_SYMMETRIC_GRID, cv::SimpleBlobDetector::create());
 }
 
 /// Pictures are counted from 1, by their place in the host's list.
