@@ -43,7 +43,8 @@ namespace Quorvane {
 ///
 /// | Status | Message                                                              | Cause                            |
 /// |--------|----------------------------------------------------------------------|----------------------------------|
-/// | 1      | "Can't find dominant LAB color point!"                               | the marked point lies outside    |
+/// | 1      | "Can't find dominant LAB color point!"                               | the picture is empty, or the     |
+/// |        |                                                                      | mark is over 15 pixels outside it|
 /// | 3      | "The number of parameters<vecTargetShapePoints_X> is inconsistent    | a list of points is empty, or    |
 /// |        | with the number of parameters<vecTargetShapePoints_Y>."              | they have different lengths      |
 /// | 3      | "Can't find target template!"                                        | the region is over half the image|

@@ -60,7 +60,17 @@ cv::Mat OverlapMask(cv::Size picture, const cv::Rect& roi) {
     return mask;
 }
 
+/// Throws where a float picture holds a value that is not a number or beyond all brightness. The detector sorts
+/// gradients into a table by their strength over the greatest one: where that overflows, it writes far outside the
+/// table.
+void RefuseUncountableGradients(const cv::Mat& gray) {
+    constexpr double brightest = 1e17;  // 32 times that, the gain of the gradient, has a square that a float can hold
+    constexpr bool quiet = false;
+    if (gray.depth() == CV_32F) cv::checkRange(gray, quiet, nullptr, -brightest, brightest);
+}
+
 Features DetectFeatures(cv::AKAZE& detector, const cv::Mat& gray, const cv::Mat& mask) {
+    RefuseUncountableGradients(gray);
     Features features;
     detector.detectAndCompute(gray, mask, features.keypoints, features.descriptors, false);
     return features;

@@ -5,6 +5,7 @@
 #   scripts/fuzz.sh 3600                  each for an hour
 #   scripts/fuzz.sh 600 Picture PointList these two for ten minutes each
 #   QUORVANE_FUZZ_KEEP=1 scripts/fuzz.sh  keeps the inputs found in build/fuzz/found for the next run
+#   QUORVANE_FUZZ_SEED=1 scripts/fuzz.sh  the same inputs in the same order each time; otherwise others each time
 #
 # An input that stops a fuzzer stays in build/fuzz as stopped-<fuzzer>-...; to see it again, give it to the program:
 #   build/fuzz/tests/fuzz/PictureFuzzer build/fuzz/stopped-Picture-crash-...
@@ -37,7 +38,7 @@ for fuzzer in "${fuzzers[@]}"; do
     log="$root/build/fuzz/$fuzzer.log"
     say "Fuzzing $fuzzer for $seconds s"
     "$root/build/fuzz/tests/fuzz/${fuzzer}Fuzzer" -max_total_time="$seconds" -max_len="$longest" -timeout=120 \
-        -rss_limit_mb=6000 -malloc_limit_mb=5000 -print_final_stats=1 \
+        -rss_limit_mb=6000 -malloc_limit_mb=5000 -print_final_stats=1 -seed="${QUORVANE_FUZZ_SEED:-0}" \
         -artifact_prefix="$root/build/fuzz/stopped-$fuzzer-" \
         "$found/$fuzzer" "$root/tests/fuzz/corpus/$fuzzer" >"$log" 2>&1 || {
         tail -n 60 "$log"

@@ -2,6 +2,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cstdint>
 #include <memory>
 #include <opencv2/imgproc.hpp>
 
@@ -57,7 +58,8 @@ BENCHMARK(DeviationMapLibrary)
 
 void HalftonePlain(benchmark::State& state) {
     const cv::Mat picture = Photograph();
-    for (auto _ : state) benchmark::DoNotOptimize(Reference::Halftone(picture, 240.0f, 20.0f, 5));
+    std::uint32_t seed = 0;
+    for (auto _ : state) benchmark::DoNotOptimize(Reference::Halftone(picture, 240.0f, 20.0f, 5, ++seed));
 }
 BENCHMARK(HalftonePlain)->Name("BinaryForLaserMachine/plain")->Unit(benchmark::kMillisecond);
 

@@ -311,11 +311,16 @@ TEST_F(BinaryForLaserMachineTest, TakesOneMatrixAsSourceAndDestination) {
 TEST_F(BinaryForLaserMachineTest, FillsAPartOfALargerDestination) {
     SetThresholds(160, 190);
     const cv::Mat image = DarkAndBright(10, 150, 200);
-    cv::Mat whole(100, 120, CV_8UC1, cv::Scalar(7));
-    cv::Mat part = whole(cv::Rect(20, 30, image.cols, image.rows));
-    EXPECT_EQ(algorithm->Execute(image, part), 0);
-    EXPECT_THAT(cv::Mat(whole(cv::Rect(20, 30, image.cols, image.rows))), EqualsMat(cv::Mat(image == 200)));
-    EXPECT_EQ(cv::countNonZero(whole == 7), static_cast<int>(whole.total() - image.total()));
+    cv::Mat wide;
+    image.convertTo(wide, CV_16U);
+    for (const cv::Mat& source : {image, wide}) {
+        SCOPED_TRACE(cv::typeToString(source.type()));
+        cv::Mat whole(100, 120, CV_8UC1, cv::Scalar(7));
+        cv::Mat part = whole(cv::Rect(20, 30, image.cols, image.rows));
+        EXPECT_EQ(algorithm->Execute(source, part), 0);
+        EXPECT_THAT(cv::Mat(whole(cv::Rect(20, 30, image.cols, image.rows))), EqualsMat(cv::Mat(image == 200)));
+        EXPECT_EQ(cv::countNonZero(whole == 7), static_cast<int>(whole.total() - image.total()));
+    }
 }
 
 TEST_F(BinaryForLaserMachineTest, TextsWithoutNumberReachTheHostAsExceptions) {

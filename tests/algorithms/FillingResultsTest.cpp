@@ -181,6 +181,46 @@ TEST_F(FillingResultsTest, ASingleNumberIsAListOfOnePoint) {
     EXPECT_THAT(algorithm->GetResultValues("OutputShape_1_X"), SizeIs(1));
 }
 
+TEST_F(FillingResultsTest, TheMarkAndTheShapeAreNarrowedToFloat) {
+    const std::vector<double> x{20.3, 60.7, 33.1};
+    const std::vector<double> y{30.9, 41.2, 70.6};
+    const auto narrowed = [](std::vector<double> numbers) {
+        for (double& number : numbers) number = static_cast<double>(static_cast<float>(number));
+        return numbers;
+    };
+    Mark(50.1, 71.7);
+    algorithm->SetParameter("TargetShapePoints_X", x);
+    algorithm->SetParameter("TargetShapePoints_Y", y);
+    ASSERT_EQ(Run(SmallTray().picture), 0);
+    EXPECT_EQ(Copy(1, "OffsetRotateCenterX"), "50.099998");
+    EXPECT_EQ(Copy(1, "OffsetRotateCentetY"), "71.699997");
+    const std::string shift = Copy(1, "OffsetX") + " " + Copy(1, "OffsetY");
+    const std::vector<std::string> columns = algorithm->GetResultValues("OutputShape_1_X");
+    const std::vector<std::string> rows = algorithm->GetResultValues("OutputShape_1_Y");
+
+    Mark(static_cast<double>(50.1f), static_cast<double>(71.7f));
+    algorithm->SetParameter("TargetShapePoints_X", narrowed(x));
+    algorithm->SetParameter("TargetShapePoints_Y", narrowed(y));
+    ASSERT_EQ(Run(SmallTray().picture), 0);
+    EXPECT_EQ(Copy(1, "OffsetX") + " " + Copy(1, "OffsetY"), shift);
+    EXPECT_EQ(algorithm->GetResultValues("OutputShape_1_X"), columns);
+    EXPECT_EQ(algorithm->GetResultValues("OutputShape_1_Y"), rows);
+}
+
+TEST_F(FillingResultsTest, AShapeBeyondEveryPictureIsReportedAsItIs) {
+    algorithm->SetParameter("TargetShapePoints_X", std::vector<double>{1e12, -1e300, std::nan("")});
+    algorithm->SetParameter("TargetShapePoints_Y", std::vector<double>{-1e12, 1e300, 5.0});
+    ASSERT_EQ(Run(SmallTray().picture), 0);
+    EXPECT_EQ(algorithm->GetResultValue("OutputShapeCount"), "6");
+    ASSERT_EQ(Copy(1, "OffsetAngle"), "0.000000");
+    EXPECT_EQ(algorithm->GetResultValue("OutputShape_1_X"), "999999995904.000000");
+    EXPECT_EQ(algorithm->GetResultValue("OutputShape_1_Y"), "-999999995904.000000");
+    for (int n = 1; n <= 6; ++n) {
+        EXPECT_THAT(algorithm->GetResultValues("OutputShape_" + std::to_string(n) + "_X"), SizeIs(3)) << n;
+        EXPECT_THAT(algorithm->GetResultValues("OutputShape_" + std::to_string(n) + "_Y"), SizeIs(3)) << n;
+    }
+}
+
 /// The float that becomes exactly -1 when `offset` is added.
 float LandsOnMinusOne(float offset) {
     float start = -1.0f - offset;

@@ -24,7 +24,7 @@ cv::Mat FuzzInput::Picture(int longest, int type) {
     std::vector<cv::Mat> planes;
     for (int c = 0; c < CV_MAT_CN(type); ++c) planes.emplace_back(size, CV_8UC1, cv::Scalar(Byte()));
     for (int shapes = Byte() % 8; shapes > 0; --shapes) {
-        const cv::Point place(Integer(-4, size.width), Integer(-4, size.height));
+        const cv::Point place{Integer(-4, size.width), Integer(-4, size.height)};
         const int extent = Integer(0, longest);
         const bool isDisc = Byte() % 2 == 0;
         for (cv::Mat& plane : planes) {
@@ -38,13 +38,22 @@ cv::Mat FuzzInput::Picture(int longest, int type) {
     cv::Mat picture;
     const int depth = CV_MAT_DEPTH(type);
     bytes.convertTo(picture, depth == CV_16F ? CV_32F : depth);
-    for (int strewn = Byte() % 16; strewn > 0; --strewn) {
-        uchar* row = picture.ptr(Integer(0, picture.rows - 1));
-        const int most = static_cast<int>(static_cast<std::size_t>(picture.cols) * picture.elemSize()) - 1;
-        row[std::min(Integer(0, most), most)] = Byte();
-    }
+    for (int strewn = Byte() % 16; strewn > 0; --strewn) Strew(picture);
     if (depth == CV_16F) picture.convertTo(picture, CV_16F);
     return isPart ? picture(cv::Rect(margin, margin, width, height)) : picture;
+}
+
+void FuzzInput::Strew(cv::Mat& picture) {
+    cv::Mat values = picture.reshape(1);
+    const cv::Point place{Integer(0, values.cols - 1), Integer(0, values.rows - 1)};
+    switch (picture.depth()) {
+        case CV_32F: values.at<float>(place) = static_cast<float>(Number()); break;
+        case CV_64F: values.at<double>(place) = Number(); break;
+        default: {
+            const std::size_t byte = Byte() % values.elemSize();
+            values.ptr(place.y, place.x)[byte] = Byte();
+        }
+    }
 }
 
 void CheckUnchanged(const cv::Mat& picture, const cv::Mat& before) {

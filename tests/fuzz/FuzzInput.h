@@ -11,6 +11,7 @@
 namespace Quorvane::Fuzz {
 
 /// Reads values off the bytes that a fuzzer hands in. Behind their end everything is zero, so any bytes are an input.
+/// A call has at most one value read among its arguments, whose order is the compiler's; braces keep the order.
 class FuzzInput {
 public:
     FuzzInput(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
@@ -98,15 +99,17 @@ public:
         static const int depths[] = {CV_8U,  CV_8U,  CV_8U,  CV_8U,  CV_8U,  CV_8S,
                                      CV_16U, CV_16S, CV_32S, CV_32F, CV_64F, CV_16F};
         static const int channelCounts[] = {1, 3, 1, 3, 4, 2, 5};
-        const int type =
-            CV_MAKETYPE(depths[Byte() % std::size(depths)], channelCounts[Byte() % std::size(channelCounts)]);
-        return Picture(longest, type);
+        const int depth = depths[Byte() % std::size(depths)];
+        return Picture(longest, CV_MAKETYPE(depth, channelCounts[Byte() % std::size(channelCounts)]));
     }
 
-    /// The pixels are painted by the bytes: rectangles and discs on a ground, then single bytes strewn over all.
+    /// The pixels are painted by the bytes: rectangles and discs on a ground, then single values strewn over all.
     cv::Mat Picture(int longest, int type);
 
 private:
+    /// Puts one value anywhere: a byte, in float pictures a number.
+    void Strew(cv::Mat& picture);
+
     const std::uint8_t* data_;
     std::size_t size_;
     std::size_t next_ = 0;

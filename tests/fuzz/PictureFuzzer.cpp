@@ -52,22 +52,29 @@ void Operate(FuzzInput& input, const cv::Mat& picture) {
     std::vector<cv::Point> contour;
     switch (input.Byte() % 6) {
         case 0: ApplySketchFilter(picture, result, input.Bits<int>()); break;
-        case 1:
-            fillHolesMorphologicalEnhanced(picture, input.Number(), input.Integer(-5, 3000), input.Integer(-2, 40),
-                                           input.Integer(-2, 40));
+        case 1: {
+            const double tolerance = input.Number();
+            const int areaLimit = input.Integer(-5, 3000);
+            const int closeRadius = input.Integer(-2, 40);
+            fillHolesMorphologicalEnhanced(picture, tolerance, areaLimit, closeRadius, input.Integer(-2, 40));
             break;
+        }
         case 2:
             // The rows that a contour spans above a picture are served honestly, too.
             for (int i = input.Integer(0, 8); i > 0; --i)
-                contour.emplace_back(input.Integer(-9, 60), input.Integer(-500, 500));
+                contour.push_back({input.Integer(-9, 60), input.Integer(-500, 500)});
             findDominantLABColorPointInContour(picture, contour);
             break;
         case 3:
             ThresholdAndFindAllRegionCenter(picture, input.Bits<int>(), input.Integer(-10, 300), regions, centers);
             break;
-        case 4:
-            CutImageBasePoint(picture, input.Point(), input.Integer(-5, 60), input.Bits<int>(), input.Byte() % 2 == 0);
+        case 4: {
+            const cv::Point2f middle = input.Point();
+            const int width = input.Integer(-5, 60);
+            const int height = input.Bits<int>();
+            CutImageBasePoint(picture, middle, width, height, input.Byte() % 2 == 0);
             break;
+        }
         default: CalculateExpansionHomography(picture, input.Number());
     }
 }
@@ -79,7 +86,7 @@ void Compare(FuzzInput& input, const cv::Mat& picture) {
 }
 
 void LookForBoards(FuzzInput& input, const cv::Mat& picture) {
-    const cv::Size pattern(input.Integer(-1, 6), input.Integer(-1, 6));
+    const cv::Size pattern{input.Integer(-1, 6), input.Integer(-1, 6)};
     double quality = 0.0;
     std::vector<cv::Point2f> points;
     switch (input.Byte() % 3) {
@@ -109,7 +116,8 @@ void Straighten(FuzzInput& input, const cv::Mat& picture) {
     cv::Mat D(input.Byte() % 4 == 0 ? 5 : 4, 1, CV_64F);
     for (double& element : cv::Mat_<double>(D)) element = input.Number();
     cv::Mat straight;
-    UnDistortedImage(picture, K, D, input.Number(), input.Number(), straight);
+    const double first = input.Number();
+    UnDistortedImage(picture, K, D, first, input.Number(), straight);
     cv::Mat foreign = input.Picture(4);
     UnDistortedImage(picture, foreign, D, 1.0, 1.0, straight);
     UnDistortedImage(picture, K, foreign, 1.0, 1.0, straight);
@@ -124,7 +132,8 @@ void Warp(FuzzInput& input, const cv::Mat& picture) {
         machine.push_back(image.back() * 0.5f + cv::Point2f(static_cast<float>(input.Byte() % 5), 1.0f));
     }
     double error = 0.0;
-    calibrator.Calibrate(image, machine, input.Integer(-1, 60), input.Integer(-1, 60), error);
+    const cv::Size size{input.Integer(-1, 60), input.Integer(-1, 60)};
+    calibrator.Calibrate(image, machine, size.width, size.height, error);
     calibrator.WarpPerspectiveImage(picture, input.Integer(-3, 6));
 }
 
@@ -143,10 +152,12 @@ void JoinCameras(FuzzInput& input, const cv::Mat& picture) {
     double number = 0.0;
     switch (input.Byte() % 4) {
         case 0: {
-            const cv::Rect roi(input.Integer(-9, 60), input.Integer(-9, 60), input.Integer(-9, 99),
-                               input.Integer(-9, 99));
-            CalibrationMatchPointsForDualCam(picture, first, roi, input.Picture(longestSide, CV_8UC3), second, roi,
-                                             input.Number(), input.Number(), input.Number(), points1, points2);
+            const cv::Rect roi{input.Integer(-9, 60), input.Integer(-9, 60), input.Integer(-9, 99),
+                               input.Integer(-9, 99)};
+            const cv::Mat other = input.Picture(longestSide, CV_8UC3);
+            const cv::Vec3d numbers{input.Number(), input.Number(), input.Number()};
+            CalibrationMatchPointsForDualCam(picture, first, roi, other, second, roi, numbers[0], numbers[1],
+                                             numbers[2], points1, points2);
             break;
         }
         case 1: CreateMatchesImage(picture, first, picture, second, points1, points2, joined); break;
@@ -154,10 +165,13 @@ void JoinCameras(FuzzInput& input, const cv::Mat& picture) {
             cv::Mat homography = cv::Mat::eye(3, 3, CV_64F);
             homography.at<double>(0, 2) = input.Integer(-90, 90);
             homography.at<double>(1, 2) = input.Integer(-90, 90);
-            if (input.Byte() % 8 == 0) homography.at<double>(input.Byte() % 3, input.Byte() % 3) = input.Size();
-            DoBlendingImageForDualCam(picture, first, input.Picture(longestSide, picture.type()), second,
-                                      input.Integer(-1, 8) / 4.0, input.Integer(-1, 8) / 4.0, homography, number,
-                                      joined);
+            if (input.Byte() % 8 == 0) {
+                const cv::Point place{input.Byte() % 3, input.Byte() % 3};
+                homography.at<double>(place) = input.Size();
+            }
+            const cv::Mat other = input.Picture(longestSide, picture.type());
+            const cv::Vec2d scales{input.Integer(-1, 8) / 4.0, input.Integer(-1, 8) / 4.0};
+            DoBlendingImageForDualCam(picture, first, other, second, scales[0], scales[1], homography, number, joined);
             break;
         }
         default:

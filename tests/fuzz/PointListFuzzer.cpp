@@ -44,7 +44,7 @@ Line AnyLine(FuzzInput& input) {
         case 0: return {input.Point(), input.Point()};
         case 1: return {input.Coordinate(), input.Coordinate()};
         case 2: return {input.Coordinate(), input.Coordinate(), input.Coordinate()};
-        default: return {cv::Vec4f(input.Coordinate(), input.Coordinate(), input.Coordinate(), input.Coordinate())};
+        default: return {cv::Vec4f{input.Coordinate(), input.Coordinate(), input.Coordinate(), input.Coordinate()}};
     }
 }
 
@@ -69,21 +69,27 @@ void Calibrator(FuzzInput& input) {
     std::vector<cv::Point2f> machine = input.Points(mostPoints);
     if (input.Byte() % 8 != 0) machine.resize(image.size());
     double error = 0.0;
-    Try([&] { calibrator.Calibrate(image, machine, input.Bits<int>(), input.Integer(-2, 5000), error); });
+    const cv::Size size{input.Bits<int>(), input.Integer(-2, 5000)};
+    Try([&] { calibrator.Calibrate(image, machine, size.width, size.height, error); });
     const CameraCalibrator copy(calibrator);
     const auto mode = static_cast<CameraCalibrator::DistanceMode>(input.Integer(0, 3));
     Try([&] { calibrator.CalcMaxError(machine, image); });
     Try([&] { calibrator.ImageToMachine(input.Point()); });
     Try([&] { calibrator.MachineToImage(input.Point()); });
-    Try([&] { calibrator.ImageToMachine_Distance(input.Number(), input.Point(), mode); });
-    Try([&] { calibrator.MachineToImage_Distance(input.Number(), input.Point(), mode); });
-    Try([&] { calibrator.WarpPerspectivePoint(input.Point(), input.Bits<int>()); });
+    const double imageDistance = input.Number();
+    Try([&] { calibrator.ImageToMachine_Distance(imageDistance, input.Point(), mode); });
+    const double machineDistance = input.Number();
+    Try([&] { calibrator.MachineToImage_Distance(machineDistance, input.Point(), mode); });
+    const cv::Point2f warped = input.Point();
+    Try([&] { calibrator.WarpPerspectivePoint(warped, input.Bits<int>()); });
     cv::Mat homography;
     cv::Point2f mapped;
-    CameraCalibration::CreateHomography(image, machine, homography, error, input.Number(), input.Integer(-2, 500),
-                                        input.Number());
+    const double threshold = input.Number();
+    const int iterations = input.Integer(-2, 500);
+    CameraCalibration::CreateHomography(image, machine, homography, error, threshold, iterations, input.Number());
     CameraCalibration::TransformPoint(homography, input.Point(), mapped);
-    calibrator.GenerateCailbratePointGrid(input.Number(), input.Number(), input.Integer(-3, 40));
+    const cv::Vec2d extent{input.Number(), input.Number()};
+    calibrator.GenerateCailbratePointGrid(extent[0], extent[1], input.Integer(-3, 40));
 }
 
 }  // namespace

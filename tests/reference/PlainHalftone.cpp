@@ -1,7 +1,6 @@
 #include "tests/reference/PlainHalftone.h"
 
 #include <cmath>
-#include <cstdint>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 #include <random>
@@ -53,7 +52,7 @@ cv::Mat DotProbabilities(const cv::Mat& gray, float high, float low, int side) {
     return cv::max(probabilities, 0.0);
 }
 
-cv::Mat Halftone(const cv::Mat& source, float high, float low, int side) {
+cv::Mat Halftone(const cv::Mat& source, float high, float low, int side, std::uint32_t seed) {
     cv::Mat gray;
     if (source.channels() == 3) {
         cv::cvtColor(source, gray, cv::COLOR_BGR2GRAY);
@@ -63,7 +62,7 @@ cv::Mat Halftone(const cv::Mat& source, float high, float low, int side) {
     const cv::Mat otsu = OtsuForeground(gray);
     const cv::Mat probabilities = ForegroundProbabilities(gray, otsu, high, low, side);
     cv::Mat dots = cv::Mat::zeros(otsu.size(), otsu.type());
-    std::mt19937 generator(std::random_device{}());
+    std::mt19937 generator(seed);
     for (int r = 0; r < gray.rows; ++r) {
         for (int c = 0; c < gray.cols; ++c) {
             const double probability = probabilities.at<double>(r, c);

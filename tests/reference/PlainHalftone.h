@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <opencv2/core/mat.hpp>
 
 namespace Quorvane::Reference {
@@ -9,6 +10,6 @@ namespace Quorvane::Reference {
 cv::Mat DotProbabilities(const cv::Mat& gray, float high, float low, int side);
 
 /// The whole half-tone from its definition, pixel by pixel, with the deviation map window by window.
-cv::Mat Halftone(const cv::Mat& source, float high, float low, int side);
+cv::Mat Halftone(const cv::Mat& source, float high, float low, int side, std::uint32_t seed);
 
 }  // namespace Quorvane::Reference

@@ -18,15 +18,26 @@ const cv::Point2f middle(15.0f, 11.0f);
 bool IsMeasured(const HostPicture& picture) {
     const bool isRead = picture.depth == CV_8U || picture.depth == CV_16U || picture.depth == CV_32F ||
                         (picture.depth == CV_64F && picture.channels == 1);
-    return picture.HasStep() && isRead && (picture.channels == 1 || IsColour(picture));
+    return isRead && (picture.channels == 1 || IsColour(picture));
 }
 
 /// Colour pictures that cannot become gray are OpenCV's to refuse.
 bool IsRefused(const HostPicture& picture) { return IsColour(picture) && !picture.IsEmpty() && !HasGrayForm(picture); }
 
-std::string MeasurementTold(const HostPicture& picture, const char* found, const char* notFound) {
+struct Outcomes {
+    const char* onTheStep;
+    const char* withOneNotNumber;   ///< Calipers beside it find the edge. An infinity makes not-a-numbers, too.
+    const char* withOneHugeNumber;  ///< Which is the strongest edge there is.
+    const char* elsewhere;
+};
+
+std::string MeasurementTold(const HostPicture& picture, const Outcomes& told) {
+    using Shape = HostPicture::Shape;
     if (IsRefused(picture)) return "cv::Exception";
-    return IsMeasured(picture) ? found : notFound;
+    if (!IsMeasured(picture)) return told.elsewhere;
+    if (picture.HasStep()) return told.onTheStep;
+    if (picture.shape == Shape::OneNotNumber || picture.shape == Shape::OneInfinity) return told.withOneNotNumber;
+    return picture.shape == Shape::OneHugeNumber ? told.withOneHugeNumber : told.elsewhere;
 }
 
 std::string TryLine(const cv::Mat& picture) {
@@ -35,7 +46,7 @@ std::string TryLine(const cv::Mat& picture) {
                 2.0);
     if (line.toVec4f() == Line().toVec4f()) return "the default line";
     return std::abs(line.linePoint.x - 14.5f) < 0.1f && std::abs(line.direction.x) < 0.01f ? "the edge"
-                                                                                           : "a wrong line";
+                                                                                           : "another line";
 }
 
 std::string TryCircle(const cv::Mat& picture) {
@@ -108,7 +119,7 @@ std::string GrayDifferenceToItselfTold(const HostPicture& picture) {
     if (picture.channels == 2 || picture.channels == 5) return "cv::Exception";
     if (IsRefused(picture) || picture.depth == CV_16F) return "cv::Exception";
     // What is not a number differs from itself, and so do infinities from each other.
-    return picture.shape == HostPicture::Shape::NotNumbers ? "changed" : "not changed";
+    return picture.HasNotNumbers() ? "changed" : "not changed";
 }
 
 std::string HashTold(const HostPicture& picture, const char* ofOtherChannels) {
@@ -136,10 +147,17 @@ std::string CutTold(const HostPicture& picture, bool keepImageSize) {
 TEST(PictureMatrix, Measurements) {
     TryOnAllPictures({
         {"MeasureLine", TryLine,
-         [](const HostPicture& p) { return MeasurementTold(p, "the edge", "the default line"); }},
+         [](const HostPicture& p) {
+             return MeasurementTold(p, {"the edge", "the edge", "another line", "the default line"});
+         }},
         {"MeasureCircle", TryCircle,
-         [](const HostPicture& p) { return MeasurementTold(p, "a circle", "untouched outputs"); }},
-        {"MeasureCurve", TryCurve, [](const HostPicture& p) { return MeasurementTold(p, "a curve", "no curve"); }},
+         [](const HostPicture& p) {
+             return MeasurementTold(p, {"a circle", "untouched outputs", "a circle", "untouched outputs"});
+         }},
+        {"MeasureCurve", TryCurve,
+         [](const HostPicture& p) {
+             return MeasurementTold(p, {"a curve", "a curve", "a curve", "no curve"});
+         }},
     });
 }
 

@@ -12,6 +12,8 @@ using Shape = HostPicture::Shape;
 constexpr int longSide = 100'000;
 constexpr double dark = 20.0;
 constexpr double light = 110.0;
+constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+constexpr double infinity = std::numeric_limits<double>::infinity();
 
 /// Dark on the left, light on the right, with a weave of a few levels so that no part is flat.
 cv::Mat Stepped(cv::Size size, int depth, int channels) {
@@ -46,6 +48,19 @@ cv::Mat WithNotNumbers(const cv::Mat& picture) {
     return strewn;
 }
 
+/// One value in the middle of the picture replaced by `value`, or by what of it its depth can hold.
+cv::Mat WithOneOf(double value, const cv::Mat& picture) {
+    cv::Mat doubles;
+    picture.convertTo(doubles, CV_64F);
+    cv::Mat values = doubles.reshape(1);
+    values.at<double>(values.rows / 2, values.cols / 2) = value;
+    // Half floats are made from floats only.
+    if (picture.depth() == CV_16F) doubles.convertTo(doubles, CV_32F);
+    cv::Mat odd;
+    doubles.convertTo(odd, picture.depth());
+    return odd;
+}
+
 HostPicture Make(Shape shape, int depth, int channels) {
     HostPicture picture{shape, depth, channels, {}, {}};
     const auto stepped = [&](int width, int height) { return Stepped({width, height}, depth, channels); };
@@ -70,6 +85,9 @@ HostPicture Make(Shape shape, int depth, int channels) {
             break;
         }
         case Shape::NotNumbers: picture.image = WithNotNumbers(stepped(31, 23)); break;
+        case Shape::OneNotNumber: picture.image = WithOneOf(notANumber, stepped(31, 23)); break;
+        case Shape::OneInfinity: picture.image = WithOneOf(-infinity, stepped(31, 23)); break;
+        case Shape::OneHugeNumber: picture.image = WithOneOf(1e38, stepped(31, 23)); break;
     }
     picture.memory = picture.image;
     return picture;
@@ -80,18 +98,30 @@ bool IsFloat(int depth) { return depth == CV_16F || depth == CV_32F || depth == 
 }  // namespace
 
 std::string HostPicture::Name() const {
-    static const char* const names[] = {"empty",   "1 x 1",          "17 x 1",    "1 x 17",
-                                        "31 x 23", "part of larger", "long row",  "long column",
-                                        "3 x 3",   "1 x 4",          "4 x 5 x 6", "with not-a-numbers"};
+    static const char* const names[] = {"empty",
+                                        "1 x 1",
+                                        "17 x 1",
+                                        "1 x 17",
+                                        "31 x 23",
+                                        "part of larger",
+                                        "long row",
+                                        "long column",
+                                        "3 x 3",
+                                        "1 x 4",
+                                        "4 x 5 x 6",
+                                        "with not-a-numbers",
+                                        "with one not-a-number",
+                                        "with one infinity",
+                                        "with one huge number"};
     return std::string(names[static_cast<int>(shape)]) + " of " + cv::typeToString(CV_MAKETYPE(depth, channels));
 }
 
 const std::vector<HostPicture>& HostPictures() {
     static const std::vector<HostPicture> all = [] {
         std::vector<HostPicture> pictures;
-        for (int shape = 0; shape <= static_cast<int>(Shape::NotNumbers); ++shape) {
+        for (int shape = 0; shape <= static_cast<int>(Shape::OneHugeNumber); ++shape) {
             for (int depth = CV_8U; depth <= CV_16F; ++depth) {
-                if (static_cast<Shape>(shape) == Shape::NotNumbers && !IsFloat(depth)) continue;
+                if (static_cast<Shape>(shape) >= Shape::NotNumbers && !IsFloat(depth)) continue;
                 for (int channels = 1; channels <= 5; ++channels) {
                     pictures.push_back(Make(static_cast<Shape>(shape), depth, channels));
                 }

@@ -20,7 +20,10 @@ struct HostPicture {
         ThreeByThree,      ///< As a homography or a camera matrix.
         FourByOne,         ///< As coefficients of a lens.
         ThreeDimensional,  ///< 4 x 5 x 6, which OpenCV's pictures may be as well.
-        NotNumbers,        ///< The odd one with not-a-numbers and infinities; of floats only.
+        NotNumbers,    ///< The odd one with not-a-numbers and infinities all over; of floats only, as the next three.
+        OneNotNumber,  ///< With a single one, which leaves most of what is computed from it a number.
+        OneInfinity,
+        OneHugeNumber,  ///< 1e38: finite, but its square is not.
     };
 
     Shape shape;
@@ -34,6 +37,12 @@ struct HostPicture {
     bool IsEmpty() const { return shape == Shape::Empty; }
     /// Whether the step from dark to light is in it.
     bool HasStep() const { return shape == Shape::Odd || shape == Shape::PartOfALarger; }
+    /// Whether differences of the picture with itself are not all numbers. A half float makes infinity of a huge
+    /// number.
+    bool HasNotNumbers() const {
+        return (shape >= Shape::NotNumbers && shape <= Shape::OneInfinity) ||
+               (shape == Shape::OneHugeNumber && depth == CV_16F);
+    }
     bool IsLong() const { return shape == Shape::LongRow || shape == Shape::LongColumn; }
     bool Has(int depthAsked, int channelsAsked) const { return depth == depthAsked && channels == channelsAsked; }
 };

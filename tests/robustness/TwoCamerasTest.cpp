@@ -77,11 +77,10 @@ std::string TryCross(const cv::Mat& picture) {
 }
 
 /// The pictures show no feature, so a call that comes to its end finds no pair. The search for features needs some rows
-/// and columns.
+/// and columns, and numbers.
 std::string MatchingTold(const HostPicture& picture) {
     if (picture.IsEmpty()) return noPicture;
-    const bool isSearched =
-        picture.HasStep() || picture.shape == Shape::ThreeByThree || picture.shape == Shape::NotNumbers;
+    const bool isSearched = picture.HasStep() || picture.shape == Shape::ThreeByThree;
     return isSearched && IsColour(picture) && HasGrayForm(picture) ? "true" : refused;
 }
 
