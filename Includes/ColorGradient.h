@@ -35,7 +35,7 @@ public:
 
     /// Computes `quantised`, `magnitude` and `rawAngle` from `src`; nothing happens if `src` is empty.
     ///
-    /// The image is blurred first. Of several channels the one with the strongest gradient at a pixel counts; on a tie
+    /// The image is blurred first. Of three channels the one with the strongest gradient at a pixel counts; on a tie
     /// the first of them. A pixel has an orientation if its magnitude is above `weakThreshold` and five of the nine
     /// pixels around and including it agree on one.
     void computeGradients();
@@ -43,8 +43,11 @@ public:
     /// Steps to the next level: half the size, half the features, gradients computed anew.
     void downsample();
 
-    /// Chooses about `featureCount` scattered pixels of strong gradient. Returns false, with a line on standard output,
-    /// if four candidates or fewer exist. Sets `width` and `height` to -1, since the result is not cropped yet.
+    /// Chooses about `featureCount` scattered pixels of strong gradient. Sets `width` and `height` to -1, since the
+    /// result is not cropped yet.
+    ///
+    /// If there are fewer candidates than wanted, a line on standard output says so; of four or fewer nothing is made,
+    /// and the answer is false with `out` untouched. A mask of another size than the image's raises `cv::Exception`.
     bool extractFeatures(ShapeTemplate& out) const;
 
     cv::Mat src;   ///< The image at this level: one channel, or three (blue, green, red).

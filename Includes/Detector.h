@@ -40,8 +40,10 @@ public:
     Detector(int featureCount, std::vector<int> levelSteps, float weakThreshold, float strongThreshold);
 
     /// Trains a template from an image. `objectMask` (CV_8U, of the image's size, may be empty) tells where features
-    /// may lie; `overrideFeatureCount` above 0 replaces the feature count. Returns the template's id in its class, or
-    /// -1 if the image has too few features.
+    /// may lie; `overrideFeatureCount` above 0 replaces the feature count, which halves from level to level. Returns
+    /// the template's id in its class, or -1 if the image has too few features at any level, of which lines on standard
+    /// output tell. A mask of another size raises `cv::Exception`. Either way the class stays, if new without
+    /// templates.
     int addShapeTemplate(cv::Mat source, const std::string& classId, cv::Mat objectMask, int overrideFeatureCount);
 
     /// Trains a template by rotating the features of another one by `theta` degrees about `centre` (pixels of the

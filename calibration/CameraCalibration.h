@@ -185,7 +185,7 @@ struct QUORVANE_EXPORT ImageDirFlags {
 /// shifted against each other much more than they are turned.
 ///
 /// `true` also when no pair was found: look at the lists. Last error: "Could not open or find the images!" for an empty
-/// picture; a text of OpenCV where picture 1 shows no feature at all. Whatever fails leaves the lists empty.
+/// picture; a text of OpenCV where picture 1 shows less than two features. Whatever fails leaves the lists empty.
 QUORVANE_EXPORT bool CalibrationMatchPointsForDualCam(const cv::Mat& image1, const ImageDirFlags& dir1,
                                                       const cv::Rect& roi1, const cv::Mat& image2,
                                                       const ImageDirFlags& dir2, const cv::Rect& roi2,
@@ -197,8 +197,8 @@ QUORVANE_EXPORT bool CalibrationMatchPointsForDualCam(const cv::Mat& image1, con
 /// `ransacThreshold` pixels of picture 2 off are left out; `meanError` is the mean distance in these pixels of the
 /// pairs that were used, 0.0 if there is none.
 ///
-/// Fewer than 4 pairs, or lists of different length, give `false` without a text. Every failure leaves `meanError` at
-/// -1.0.
+/// Fewer than 4 pairs, or lists of different length, give `false` without a text and leave `homography` alone. Where no
+/// homography fits, it is empty, and the last error a text of OpenCV. Every failure leaves `meanError` at -1.0.
 QUORVANE_EXPORT bool CreateHomography(const std::vector<cv::Point2f>& points1, const std::vector<cv::Point2f>& points2,
                                       cv::Mat& homography, double& meanError, const double& ransacThreshold,
                                       const int& maxIterations, const double& confidence);

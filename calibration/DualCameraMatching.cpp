@@ -69,10 +69,22 @@ void RefuseUncountableGradients(const cv::Mat& gray) {
     if (gray.depth() == CV_32F) cv::checkRange(gray, quiet, nullptr, -brightest, brightest);
 }
 
+/// A black picture in place of a float one whose levels are all but the same. Either shows no feature, but the detector
+/// divides by the square of a picture's contrast: where that vanishes, it finds features that lie nowhere and crashes.
+cv::Mat BlackIfFaint(const cv::Mat& gray) {
+    constexpr double faintest = 1e-6;  // of full brightness; features begin at some hundredths of it
+    if (gray.depth() != CV_32F) return gray;
+    double darkest = 0.0;
+    double brightest = 0.0;
+    cv::minMaxLoc(gray, &darkest, &brightest);
+    if (brightest - darkest >= faintest) return gray;
+    return cv::Mat::zeros(gray.size(), gray.type());
+}
+
 Features DetectFeatures(cv::AKAZE& detector, const cv::Mat& gray, const cv::Mat& mask) {
     RefuseUncountableGradients(gray);
     Features features;
-    detector.detectAndCompute(gray, mask, features.keypoints, features.descriptors, false);
+    detector.detectAndCompute(BlackIfFaint(gray), mask, features.keypoints, features.descriptors, false);
     return features;
 }
 

@@ -24,6 +24,9 @@ ImageDirFlags& ImageDirFlags::operator=(const ImageDirFlags& other) = default;
 ImageDirFlags& ImageDirFlags::operator=(ImageDirFlags&& other) noexcept = default;
 
 cv::Mat OrientImage(const cv::Mat& source, const ImageDirFlags& direction) {
+    // An array of more dimensions is no picture. OpenCV's turns and flips refuse it, but not its copy, of which gray
+    // conversions would then make whatever stood in memory.
+    CV_Assert(source.dims <= 2);
     cv::Mat oriented;
     if (direction.rotateCode >= cv::ROTATE_90_CLOCKWISE && direction.rotateCode <= cv::ROTATE_90_COUNTERCLOCKWISE) {
         cv::rotate(source, oriented, direction.rotateCode);

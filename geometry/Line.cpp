@@ -84,7 +84,6 @@ void Line::calculateSlopeIntercept() {
 void Line::fromTwoPoints(const cv::Point2f& p1, const cv::Point2f& p2) {
     const float dx = p2.x - p1.x;
     const float dy = p2.y - p1.y;
-    linePoint = p1;
     isVertical = IsNearZero(dx);
     if (isVertical) {
         slope = infinity;
@@ -93,15 +92,16 @@ void Line::fromTwoPoints(const cv::Point2f& p1, const cv::Point2f& p2) {
         c = -p1.x;
         direction = {0.0f, 1.0f};
         intercept = p1.x;
-        return;
+    } else {
+        slope = dy / dx;
+        a = dy;
+        b = -dx;
+        c = p2.x * p1.y - p2.y * p1.x;
+        normalizeGeneralForm();
+        direction = Normalised({dx, dy});
+        intercept = p1.y - p1.x * slope;
     }
-    slope = dy / dx;
-    a = dy;
-    b = -dx;
-    c = p2.x * p1.y - p2.y * p1.x;
-    normalizeGeneralForm();
-    direction = Normalised({dx, dy});
-    intercept = p1.y - p1.x * slope;
+    linePoint = p1;  // last, as p2 may be the line's own point
 }
 
 void Line::fromVec4f(const cv::Vec4f& v) {

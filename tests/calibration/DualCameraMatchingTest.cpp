@@ -359,6 +359,35 @@ TEST(CalibrationMatchPointsForDualCam, PicturesWithoutFeaturesGiveNoPairs) {
     }
 }
 
+TEST(CalibrationMatchPointsForDualCam, OneFeatureInPictureOneIsTooFew) {
+    Search search(Views());
+    search.image1 = cv::Mat(60, 60, CV_8UC3, cv::Scalar::all(0));
+    cv::circle(search.image1, {30, 30}, 5, cv::Scalar::all(255), cv::FILLED);
+    std::vector<cv::KeyPoint> keypoints;
+    cv::Mat gray;
+    cv::cvtColor(search.image1, gray, cv::COLOR_RGB2GRAY);
+    cv::AKAZE::create()->detect(gray, keypoints);
+    ASSERT_EQ(keypoints.size(), 1u);
+    search.roi1 = cv::Rect({}, gray.size());
+    search.ExpectRefusedByOpenCV();
+}
+
+TEST(CalibrationMatchPointsForDualCam, FloatPicturesOfHardlyAnyContrastShowNothing) {
+    const TwoViews views = Views();
+    for (const double brightness : {1e-7, 1e-16, 1e-18, 1e-20, 1e-21, 1e-22, 1e-23, 1e-30, 1e-45}) {
+        Search faint(views);
+        views.picture2.convertTo(faint.image2, CV_32F, brightness / 255.0);
+        EXPECT_TRUE(faint.Run()) << GetLastError();
+        faint.ExpectNothingFound();
+    }
+}
+
+TEST(CalibrationMatchPointsForDualCam, RefusesAnArrayOfThreeDimensions) {
+    Search search(Views());
+    search.image2 = cv::Mat({4, 50, 60}, CV_8UC3, cv::Scalar::all(9));
+    search.ExpectRefusedByOpenCV();
+}
+
 TEST(CalibrationMatchPointsForDualCam, LeavesThePicturesAlone) {
     const TwoViews views = Views();
     Search search(views);

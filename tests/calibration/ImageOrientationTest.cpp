@@ -122,6 +122,15 @@ TEST(OrientImage, HalfATurnAndBothFlipsGiveBackTheSource) {
     EXPECT_THAT(OrientImage(Source(), ImageDirFlags(1, true, true)), EqualsMat(Source()));
 }
 
+TEST(OrientImage, RefusesAnArrayOfThreeDimensionsInEveryDirection) {
+    const cv::Mat array({4, 5, 6}, CV_8UC3, cv::Scalar::all(9));
+    for (int rotate = -1; rotate <= 2; ++rotate) {
+        for (const bool flip : {false, true}) {
+            EXPECT_THROW(OrientImage(array, ImageDirFlags(rotate, flip, flip)), cv::Exception) << rotate << flip;
+        }
+    }
+}
+
 TEST(OrientImage, NeverSharesPixelsWithTheSource) {
     const cv::Mat source = Source().clone();
     cv::Mat oriented = OrientImage(source, ImageDirFlags(-1, false, false));

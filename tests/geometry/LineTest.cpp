@@ -70,6 +70,17 @@ TEST(Line, OfTwoPointsRunsFromTheFirstToTheSecond) {
 
 TEST(Line, OfTwoEqualPointsIsVertical) { EXPECT_TRUE(Line(cv::Point2f(5, 5), cv::Point2f(5, 5)).isVertical); }
 
+TEST(Line, MayRunFromAnotherPointToItsOwn) {
+    Line line(cv::Point2f(4, 6), cv::Point2f(9, 7));
+    line.fromTwoPoints(cv::Point2f(1, 2), line.linePoint);
+    const Line expected(cv::Point2f(1, 2), cv::Point2f(4, 6));
+    EXPECT_EQ(line.a, expected.a);
+    EXPECT_EQ(line.b, expected.b);
+    EXPECT_EQ(line.c, expected.c);
+    EXPECT_EQ(line.linePoint, cv::Point2f(1, 2));
+    EXPECT_EQ(line.intercept, expected.intercept);
+}
+
 TEST(Line, CountsAsVerticalStrictlyBelowTheTolerance) {
     // The float nearest to 1e-7 lies above the double 1e-7; its lower neighbour lies below.
     const float above = 1e-7f;
