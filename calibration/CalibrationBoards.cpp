@@ -1,5 +1,3 @@
-#include <opencv2/calib3d.hpp>
-
 #include "calibration/CameraCalibration.h"
 #include "calibration/CircleGrid.h"
 #include "calibration/LastError.h"
@@ -13,19 +11,15 @@ bool FindCalibrationBoard(const cv::Mat& image, cv::Size patternSize, std::vecto
         cv::Mat gray;
         if (image.empty() || !ToBoardGray(image, gray)) return false;
         const cv::Mat evened = EvenedImage(gray);
-        const bool found = cv::findCirclesGrid(gray, patternSize, centers, flags, blobDetector);
-        if (found) {
-            RefineCenters(gray, centers);
-        } else {
+        if (!FindCircleGrid(gray, patternSize, centers, flags, blobDetector)) {
             // Deliberately without effect: the host's detector sees the evened picture too, but a shot that is good
             // only after evening is to be taken again.
-            cv::findCirclesGrid(evened, patternSize, centers, flags, blobDetector);
-        }
-        if (!found) {
+            FindCircleGrid(evened, patternSize, centers, flags, blobDetector);
             centers.clear();
             quality = noQuality;
             return FailWith(ReshootText("FindCalibrationBoard"));
         }
+        RefineCenters(gray, centers);
         // Made only for a board that is there: a number mistyped by a host is not to take the machine's memory.
         const std::vector<cv::Point3f> grid = GenerateActualPositions(patternSize.width, patternSize.height, unitPitch);
         quality = FisheyeShotQuality(grid, centers, gray.size());

@@ -11,9 +11,10 @@
 
 /// Calibration of the machine's cameras.
 ///
-/// Every function tells its failure by `false` (or by a value that stands for it) and leaves a text for people in the
-/// last error. The order of work is: pictures of a circle board -> `CalibrateDistortedCamera` ->
-/// `SaveCameraParameters`; later `LoadCameraParameters` -> `UnDistortedImage` for each picture.
+/// A function tells its failure by `false` (or by a value that stands for it), and most leave a text for people in the
+/// last error; where one does not, its own comment says so. The order of work is: pictures of a circle board ->
+/// `CalibrateDistortedCamera` -> `SaveCameraParameters`; later `LoadCameraParameters` -> `UnDistortedImage` for each
+/// picture.
 ///
 ///     cv::Mat K, D;
 ///     double rms = 0.0;
@@ -22,7 +23,8 @@
 ///     }
 ///
 /// Image coordinates are pixels, x to the right and y down, with the centre of the first pixel at (0, 0).
-/// Only `cv::Exception` is caught; its text stands in the last error behind the function's name in brackets.
+/// A `cv::Exception` is caught where nothing else is told, and its text stands in the last error behind the function's
+/// name in brackets. All other exceptions pass to the caller.
 namespace Quorvane::CameraCalibration {
 
 /// A copy of the last error. Empty until the first failure; no success ever clears it, so it tells what went wrong only
@@ -90,9 +92,10 @@ QUORVANE_EXPORT bool UnDistortedImage(const cv::Mat& distorted, cv::Mat& K, cv::
 
 /// Finds a circle board in one picture (8-bit, gray or blue-green-red) and rates the shot.
 ///
-/// `flags` and `blobDetector` go to `cv::findCirclesGrid` as they are. `centers` gets the circles' centres in pixels,
-/// row by row. `quality` is the root-mean-square reprojection error in pixels of a fisheye calibration made from this
-/// picture alone: the smaller, the better the shot.
+/// `patternSize` is the number of circles per row and per column; `flags` and `blobDetector` go to
+/// `cv::findCirclesGrid` as they are. `centers` gets the circles' centres in pixels, row by row. `quality` is the
+/// root-mean-square reprojection error in pixels of a fisheye calibration made from this picture alone: the smaller,
+/// the better the shot.
 ///
 /// Without a board `centers` is empty, `quality` is -1.0 and the last error is this function's qualified name followed
 /// by " : Poor picture quality, Please re-shoot!". An empty picture, or one of another channel count, gives `false` and

@@ -1,5 +1,7 @@
 #include "calibration/CircleGrid.h"
 
+#include <algorithm>
+#include <opencv2/calib3d.hpp>
 #include <opencv2/imgproc.hpp>
 
 #include "calibration/LastError.h"
@@ -22,6 +24,14 @@ const cv::Size noDeadZone(-1, -1);
 /// No picture has levels beyond this one. The edge-keeping filter computes places in a table from differences of levels
 /// without a look whether they are numbers, and reads wild memory where they are not.
 constexpr double mostLevel = 1e30;
+
+/// A grid has a row or a column of at least two circles. For less the search drops circle after circle of the row that
+/// it has found, until it reads from an empty list.
+constexpr int leastLongerSide = 2;
+
+/// No picture shows so many circles in a row. The search goes once over all circles for each one that is missing, and
+/// so hardly ends for a number mistyped by a host.
+constexpr int mostLongerSide = 10'000;
 
 }  // namespace
 
@@ -62,6 +72,14 @@ cv::Mat EvenedImage(const cv::Mat& gray) {
     // One expression on purpose: in two steps the difference would lose its negative values before 128 is added.
     filtered = filtered - background + cv::Scalar(evenLevel);
     return filtered;
+}
+
+bool FindCircleGrid(const cv::Mat& picture, cv::Size pattern, std::vector<cv::Point2f>& centers, int flags,
+                    const cv::Ptr<cv::Feature2D>& blobDetector) {
+    const auto [shorter, longer] = std::minmax(pattern.width, pattern.height);
+    // Numbers below zero are left to OpenCV to refuse.
+    if (longer > mostLongerSide || (shorter >= 0 && longer < leastLongerSide)) return false;
+    return cv::findCirclesGrid(picture, pattern, centers, flags, blobDetector);
 }
 
 bool FindBoardEitherWay(const cv::Mat& gray, cv::Size pattern, const CircleSearch& search, BoardView& view) {

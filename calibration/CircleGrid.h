@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <opencv2/core.hpp>
+#include <opencv2/features2d.hpp>
 #include <vector>
 
 /// What the lens calibration and the rating of a single shot share: how a picture of a circle board is prepared, its
@@ -20,6 +21,10 @@ bool ToBoardGray(const cv::Mat& image, cv::Mat& gray);
 
 /// The gray picture without the slow changes of its light: smoothed with edges kept, minus its background, plus 128.
 cv::Mat EvenedImage(const cv::Mat& gray);
+
+/// `cv::findCirclesGrid`, kept from patterns that bring it down: see the source. Those are not found.
+bool FindCircleGrid(const cv::Mat& picture, cv::Size pattern, std::vector<cv::Point2f>& centers, int flags,
+                    const cv::Ptr<cv::Feature2D>& blobDetector);
 
 /// Looks for circles in a pattern and gives their centres.
 using CircleSearch = std::function<bool(const cv::Mat& picture, cv::Size pattern, std::vector<cv::Point2f>& centers)>;

@@ -19,8 +19,7 @@ struct Views {
 };
 
 bool FindCircles(const cv::Mat& picture, cv::Size pattern, std::vector<cv::Point2f>& centers) {
-    return cv::findCirclesGrid(picture, pattern, centers, cv::CALIB_CB_SYMMETRIC_GRID,
-                               cv::SimpleBlobDetector::create());
+    return FindCircleGrid(picture, pattern, centers, cv::CALIB_CB_SYMMETRIC_GRID, cv::SimpleBlobDetector::create());
 }
 
 /// Pictures are counted from 1, by their place in the host's list.
@@ -99,8 +98,9 @@ bool UnDistortedImage(const cv::Mat& distorted, cv::Mat& K, cv::Mat& D, const do
         const cv::Mat newK = WithFocalLengthsScaled(K, fxScale, fyScale);
         cv::Mat map1;
         cv::Mat map2;
-        cv::fisheye::initUndistortRectifyMap(K, D, cv::Mat::eye(3, 3, CV_64F), newK, distorted.size(), CV_16SC2, map1,
-                                             map2);
+        // OpenCV reads the coefficients as if they lay side by side, which a column of a larger matrix does not do.
+        cv::fisheye::initUndistortRectifyMap(K, D.clone(), cv::Mat::eye(3, 3, CV_64F), newK, distorted.size(), CV_16SC2,
+                                             map1, map2);
         // OpenCV makes neither empty maps nor an empty picture of a picture that is not empty, so these two texts are
         // for versions to come.
         if (map1.empty() || map2.empty()) return FailWith("Undistort rectify map is empty");

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <functional>
 #include <iostream>
+#include <limits>
 #include <opencv2/calib3d.hpp>
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
@@ -176,6 +177,25 @@ TEST(FindCalibrationBoard, APictureWithoutABoardIsRefused) {
     EXPECT_EQ(shot.text, takeAgain);
     Find(FisheyeShot(), cv::SimpleBlobDetector::create(), cv::CALIB_CB_SYMMETRIC_GRID, {0, 5})
         .ExpectRefusedWith(takeAgain);
+}
+
+TEST(FindCalibrationBoard, PatternsThatOpenCVsSearchDoesNotSurviveAreRefused) {
+    // Circles on a line, of which the search for a single one is left with none.
+    cv::Mat line(120, 300, CV_8UC1, cv::Scalar(225));
+    for (const int x : {40, 90, 140, 190, 240, 270}) cv::circle(line, {x, 60}, 9, cv::Scalar(25), cv::FILLED);
+    constexpr int most = std::numeric_limits<int>::max();
+    const cv::Size grids[] = {{0, 0}, {0, 1}, {1, 0}, {1, 1}, {most, 2}, {0, most}, {most, most}};
+    for (const cv::Size& grid : grids) {
+        for (const int flags : {+cv::CALIB_CB_SYMMETRIC_GRID, +cv::CALIB_CB_ASYMMETRIC_GRID}) {
+            for (const cv::Mat& picture : {FisheyeShot(), line}) {
+                const Shot shot = Find(picture, cv::SimpleBlobDetector::create(), flags, grid);
+                shot.ExpectRefusedWith(takeAgain);
+                EXPECT_EQ(shot.text, takeAgain);
+            }
+        }
+    }
+    Find(line, cv::SimpleBlobDetector::create(), cv::CALIB_CB_SYMMETRIC_GRID, {-1, 5})
+        .ExpectRefusedWith(fromTheLibrary);
 }
 
 TEST(FindCalibrationBoard, PassesTheFlagsOn) {

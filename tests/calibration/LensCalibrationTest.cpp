@@ -248,6 +248,18 @@ TEST(CalibrateDistortedCamera, AnExceptionOfTheLibraryEndsItWithANegativeError) 
     }
 }
 
+TEST(CalibrateDistortedCamera, APatternWithoutCirclesIsNotFound) {
+    for (const cv::Size& grid : {cv::Size(0, 0), cv::Size(1, 1), cv::Size(0, 5)}) {
+        const Calibrated result = Calibrate({FisheyeShots()[0]}, grid);
+        EXPECT_FALSE(result.success);
+        EXPECT_EQ(result.text, "Not enough points for calibration.");
+        result.ExpectOutputsUntouched();
+    }
+    const Calibrated negative = Calibrate({FisheyeShots()[0]}, {-7, 5});
+    EXPECT_EQ(negative.rms, -1.0);
+    EXPECT_THAT(negative.text, StartsWith("[Quorvane::CameraCalibration::CalibrateDistortedCamera]OpenCV("));
+}
+
 TEST(CalibrateDistortedCamera, PhotographsWithoutItsBoardAreNotUsed) {
     const Calibrated result = Calibrate({LoadColourPicture("coffee.png"), LoadGrayPicture("chessboard.png")});
     EXPECT_FALSE(result.success);

@@ -175,6 +175,21 @@ TEST(UnDistortedImage, TakesAFloatCamera) {
     EXPECT_THAT(run.undistorted, EqualsMat(widened.undistorted));
 }
 
+TEST(UnDistortedImage, TakesACameraThatIsPartOfALargerMatrix) {
+    Straightened plain;
+    ASSERT_TRUE(plain.Run(0.5, 0.5));
+    cv::Mat large(4, 5, CV_64F, cv::Scalar(0.7));
+    Straightened part;
+    part.K.copyTo(large(cv::Rect(1, 1, 3, 3)));
+    part.D.copyTo(large.col(4));
+    part.K = large(cv::Rect(1, 1, 3, 3));
+    part.D = large.col(4);
+    const cv::Mat before = large.clone();
+    ASSERT_TRUE(part.Run(0.5, 0.5)) << GetLastError();
+    EXPECT_THAT(part.undistorted, EqualsMat(plain.undistorted));
+    EXPECT_THAT(large, EqualsMat(before));
+}
+
 TEST(UnDistortedImage, RefusesWhatItCannotUseInThisOrder) {
     Straightened run;
     run.distorted = cv::Mat();
