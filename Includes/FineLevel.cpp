@@ -126,6 +126,8 @@ void FineLevel::prepare(const cv::Rect& tiles) {
         cv::Rect(tiles.tl() * tileSide, tiles.size() * tileSide) & cv::Rect(cv::Point(), image_.size());
     cv::Mat ofImage = orientations_.colRange(0, image_.cols);
     quantiseRegion(image_, rect, weakThreshold_, ofImage);
+    const cv::Range rows(rect.y, rect.br().y);
+    if (rect.br().x == image_.cols) orientations_(rows, cv::Range(image_.cols, orientations_.cols)).setTo(0);
     packMissing(rect);
     needed_(tiles) = cv::Scalar(0);
     prepared_(tiles) = cv::Scalar(1);

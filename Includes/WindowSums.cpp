@@ -99,14 +99,15 @@ void WindowSums::countMisses(int allowed) {
     const std::size_t count = places_.size();
     for (int strip = 0; strip * stripWidth < origins_.width; ++strip) {
         const std::uint64_t inside = lowestBits(std::min(stripWidth, origins_.width - strip * stripWidth));
-        const cv::v_uint8x16 outside = cv::v_not(cv::v_reinterpret_as_u8(cv::v_setall_u64(inside)));
         for (int row = 0; row < origins_.height; row += 2) {
+            // What lies outside is closed from the start; with an odd height so is the whole row behind the last one.
+            const std::uint64_t outside[2] = {~inside, row + 1 < origins_.height ? ~inside : ~std::uint64_t{0}};
             const std::ptrdiff_t offset = strip * wordColumnStep_ + row;
             const auto missing = [&](std::size_t i) {
                 return movedDown(cv::v_load(places_[i].missing + offset), places_[i].shift);
             };
             const auto missingIfAny = [&](std::size_t i) { return i < count ? missing(i) : cv::v_setzero_u8(); };
-            MissPlanes<Planes> planes(allowed, outside);
+            MissPlanes<Planes> planes(allowed, cv::v_reinterpret_as_u8(cv::v_load(outside)));
             std::size_t i = 0;
             for (; i + 4 <= count && !planes.allClosed(); i += 4) {
                 planes.addFour(missing(i), missing(i + 1), missing(i + 2), missing(i + 3));

@@ -180,6 +180,7 @@ bool CameraCalibrator::LoadCalibration(const std::string& fileName) {
 
 cv::Mat CameraCalibrator::WarpPerspectiveImage(const cv::Mat& image, const int& expansion) {
     if (!isCalibrated || homography.empty()) return image.clone();
+    CV_Assert(image.dims <= 2);  // OpenCV takes others and reads outside them
     const cv::Mat scaled = UtilityFunctions::CalculateExpansionHomography(homography, static_cast<double>(expansion));
     const Canvas canvas = FitToCanvas(scaled, image.size());
     cv::Mat result;

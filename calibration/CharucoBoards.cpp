@@ -108,6 +108,18 @@ struct Markers {
     std::vector<int> ids;
 };
 
+/// None in a picture that holds not one of the detector's tiles: there it reads in front of its memory, unless it
+/// refuses the picture as too long.
+Markers DetectMarkers(const cv::aruco::ArucoDetector& detector, const cv::Mat& markerImage) {
+    constexpr int tileSide = 4;  // pixels
+    constexpr int longestSide = 32767;
+    Markers markers;
+    const auto [shorter, longer] = std::minmax(markerImage.cols, markerImage.rows);
+    if (shorter < tileSide && longer <= longestSide) return markers;
+    detector.detectMarkers(markerImage, markers.corners, markers.ids);
+    return markers;
+}
+
 std::int64_t SquareCount(int squaresX, int squaresY) { return static_cast<std::int64_t>(squaresX) * squaresY; }
 
 std::int64_t LeastMarkerCount(int squaresX, int squaresY) {
@@ -151,8 +163,7 @@ bool FindChArUcoBoard(cv::InputArray image, int squaresX, int squaresY, float sq
         BoardOf(std::min(squaresX, leastSquares), std::min(squaresY, leastSquares), squareLength, markerLength,
                 dictionary);
         const cv::aruco::ArucoDetector markerDetector = MarkerDetector(dictionary);
-        Markers markers;
-        markerDetector.detectMarkers(markerImage, markers.corners, markers.ids);
+        Markers markers = DetectMarkers(markerDetector, markerImage);
         const auto found = static_cast<std::int64_t>(markers.ids.size());
         if (found < LeastMarkerCount(squaresX, squaresY)) return takeAgain();
         // Laid only now: OpenCV's time for a board grows with the square of its squares, and a number mistyped by a

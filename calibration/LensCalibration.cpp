@@ -95,6 +95,7 @@ bool UnDistortedImage(const cv::Mat& distorted, cv::Mat& K, cv::Mat& D, const do
     return ReportingExceptions("UnDistortedImage", [&] {
         const std::string reason = WhyNotUndistortable(distorted, K, D);
         if (!reason.empty()) return FailWith(reason);
+        CV_Assert(distorted.dims <= 2);  // OpenCV takes others and reads outside them
         const cv::Mat newK = WithFocalLengthsScaled(K, fxScale, fyScale);
         cv::Mat map1;
         cv::Mat map2;

@@ -75,6 +75,8 @@ TEST(WarpPerspectiveImage, AnUncalibratedObjectGivesACopy) {
 TEST(WarpPerspectiveImage, LetsExceptionsPass) {
     CameraCalibrator calibrator = CalibratedOverTheBed();
     EXPECT_THROW(calibrator.WarpPerspectiveImage(cv::Mat(), 2), cv::Exception);
+    const int sizes[] = {4, 5, 6};
+    EXPECT_THROW(calibrator.WarpPerspectiveImage(cv::Mat(3, sizes, CV_8U, cv::Scalar(7)), 2), cv::Exception);
     EXPECT_THROW(WithHomography(cv::Mat::eye(2, 3, CV_64F)).WarpPerspectiveImage(cv::Mat::zeros(9, 9, CV_8U), 2),
                  cv::Exception);
     EXPECT_THROW(WithHomography(cv::Mat::eye(2, 2, CV_64F)).ImageToMachine({1.0f, 1.0f}), cv::Exception);

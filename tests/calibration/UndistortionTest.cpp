@@ -226,6 +226,15 @@ TEST(UnDistortedImage, FiveAndEightCoefficientsPassTheCheckAndAreLeftToOpenCV) {
     }
 }
 
+TEST(UnDistortedImage, RefusesAnArrayOfThreeDimensions) {
+    const int sizes[] = {4, 5, 6};
+    Straightened run;
+    run.distorted = cv::Mat(3, sizes, CV_8U, cv::Scalar(7));
+    EXPECT_FALSE(run.Run());
+    EXPECT_THAT(GetLastError(), StartsWith("[Quorvane::CameraCalibration::UnDistortedImage]OpenCV("));
+    EXPECT_TRUE(run.undistorted.empty());
+}
+
 TEST(UnDistortedImage, ReportsExceptionsOfTheLibrary) {
     Straightened run;
     run.K = cv::Mat::eye(3, 3, CV_32S);

@@ -193,7 +193,9 @@ bool EdgeCaliper::measure(const cv::Mat& image, double sigma, double threshold, 
         amplitudes.push_back(edge.amplitude);
     }
     for (std::size_t i = 1; i < edges.size(); ++i) {
-        distances.push_back(std::sqrt(std::pow(columns[i] - columns[i - 1], 2) + std::pow(rows[i] - rows[i - 1], 2)));
+        const double dx = columns[i] - columns[i - 1];
+        const double dy = rows[i] - rows[i - 1];
+        distances.push_back(std::sqrt(dx * dx + dy * dy));
     }
     return !rows.empty() && !columns.empty();
 }
