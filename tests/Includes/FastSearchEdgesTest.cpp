@@ -57,6 +57,19 @@ TEST(FastSearch, EqualsThePlainSearchForTemplatesAboutAsLargeAsTheImage) {
     EXPECT_GT(hits, 0u);
 }
 
+TEST(FastSearch, EqualsThePlainSearchForPartsOverManyTiles) {
+    std::size_t hits = 0;
+    const QuietOutput quiet;
+    Detector detector(60, {1, 2}, weakGradient, strongGradient);
+    TrainAllAngles(detector, PartPicture(300.0, 448), 12, 5.0f);
+    const std::vector<Reference::TemplateClass> classes{Reference::TemplatesOf(detector, "part", 12)};
+    const cv::Mat scene = PartScene({800, 480}, 300.0, {{{230.0, 240.0}, 10.0}, {{570.0, 240.0}, 40.0}}, 7);
+    for (const float threshold : {50.0f, 80.0f}) {
+        ASSERT_TRUE(FindsWhatThePlainSearchFinds(detector, classes, scene, threshold, hits)) << threshold;
+    }
+    EXPECT_GE(hits, 4u);
+}
+
 TEST(FastSearch, EqualsThePlainSearchWhereShapesGoOnAtTheOtherEdge) {
     std::size_t hits = 0;
     // The grid is one flat array: the right half of a part at the right edge continues at the left edge, one row of
