@@ -58,7 +58,10 @@ int BinaryForLaserMachine::Execute(const cv::Mat& source, cv::Mat& destination) 
         foreground.convertTo(foreground, CV_8U);
         dots.convertTo(dots, CV_8U);
     }
-    cv::bitwise_and(foreground, dots, destination);
+    // A destination that shows the source's pixels gets pixels of its own: the source is not to be changed.
+    cv::Mat picture = destination.data == source.data ? cv::Mat() : destination;
+    cv::bitwise_and(foreground, dots, picture);
+    destination = picture;
     return 0;
 }
 

@@ -95,9 +95,18 @@ void Open(cv::Mat& gray, double radius) {
                      cv::morphologyDefaultBorderValue());
 }
 
+/// No two pixels of the image lie this far apart, in pixels, not even by the Hough transform's rounded directions. It
+/// keeps a counter for every fraction of a pixel up to its greatest radius, so larger ones ask for memory alone.
+int RadiusBeyond(const cv::Mat& image) {
+    constexpr double factor = 2.0;
+    constexpr double margin = 16.0;
+    return cv::saturate_cast<int>(factor * std::hypot(image.cols, image.rows) + margin);
+}
+
 std::vector<cv::Vec3f> Propose(const cv::Mat& gray, double radius, double tolerance) {
-    const int leastRadius = TruncateToInt(std::max(leastHoughRadius, radius - tolerance));
-    const int greatestRadius = TruncateToInt(radius + tolerance);
+    const int beyond = RadiusBeyond(gray);
+    const int leastRadius = std::min(TruncateToInt(std::max(leastHoughRadius, radius - tolerance)), beyond);
+    const int greatestRadius = std::min(TruncateToInt(radius + tolerance), beyond);
     std::vector<cv::Vec3f> candidates;
     cv::HoughCircles(gray, candidates, cv::HOUGH_GRADIENT, accumulatorRatio, radius, edgeThreshold, centreThreshold,
                      leastRadius, greatestRadius);

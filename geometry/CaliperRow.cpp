@@ -38,9 +38,34 @@ CaliperRow::CaliperRow(const cv::Point2f& center, double width, double height, S
     count_ = step > 0.0 ? std::max(TruncateToInt(extent_ / step), 0) : 0;
 }
 
-CaliperPlace CaliperRow::Place(int index) const {
+float CaliperRow::Across(int index) const {
     const double middle = scansAlongX_ ? center_.y : center_.x;
-    const auto across = static_cast<float>(middle - extent_ / 2.0 + index * step_ + step_ / 2.0);
+    return static_cast<float>(middle - extent_ / 2.0 + index * step_ + step_ / 2.0);
+}
+
+int CaliperRow::FirstFrom(double across) const {
+    int begin = 0;
+    int end = count_;
+    while (begin < end) {
+        const int middle = begin + (end - begin) / 2;
+        if (Across(middle) >= across) {
+            end = middle;
+        } else {
+            begin = middle + 1;
+        }
+    }
+    return begin;
+}
+
+std::pair<int, int> CaliperRow::IndicesNear(const cv::Size& image) const {
+    // A caliper's axis leaves its row or column by the rounding of pi only: less than this, however long it is.
+    constexpr double drift = 1.0;
+    constexpr double reach = halfWidthOfRow + drift;
+    return {FirstFrom(-reach), FirstFrom((scansAlongX_ ? image.height : image.width) + reach)};
+}
+
+CaliperPlace CaliperRow::Place(int index) const {
+    const float across = Across(index);
     if (scansAlongX_) return {across, center_.x, angle_, halfLength_};
     return {center_.y, across, angle_, halfLength_};
 }
@@ -55,7 +80,8 @@ std::vector<cv::Point2f> FirstEdgesOfRow(const cv::Mat& image, const CaliperRow&
     const auto [top, bottom] = row.RowsSpanned();
     FirstEdgeSearch search(grayImageBetween(image, top, bottom), halfWidthOfRow, sigma, threshold, polarity);
     std::vector<cv::Point2f> edges;
-    for (int k = 0; k < row.Count(); ++k) {
+    const auto [first, last] = row.IndicesNear({image.cols, image.rows});
+    for (int k = first; k < last; ++k) {
         GuardCaliper("position", k, [&] {
             cv::Point2f edge;
             if (search.Find(row.Place(k), edge)) edges.push_back(edge);

@@ -60,9 +60,10 @@ void AlignPoints(const std::vector<cv::Point2f>& source, const std::vector<cv::P
                  cv::Point2f& sourceCenter, double& angle) {
     const cv::Point2f centerOfSource = pointCentroid(source);
     const cv::Point2f centerOfTarget = pointCentroid(target);
+    // Before any output is written: an output may be a point of a list, and memory may run out.
+    angle = CalculateContourRotation(source, target, centerOfSource, centerOfTarget);
     sourceCenter = centerOfSource;
     offset = centerOfSource - centerOfTarget;
-    angle = CalculateContourRotation(source, target, centerOfSource, centerOfTarget);
 }
 
 double CalPerimeterOfContour(const std::vector<cv::Point2f>& contour) {

@@ -336,5 +336,27 @@ TEST_F(BinaryForLaserMachineTest, TextsWithoutNumberReachTheHostAsExceptions) {
     EXPECT_TRUE(destination.empty());
 }
 
+TEST_F(BinaryForLaserMachineTest, LeavesPixelsThatTheDestinationSharesWithTheSource) {
+    const cv::Mat source = DarkAndBright(10, 250, 255);
+    const cv::Mat before = source.clone();
+    cv::Mat destination = source;
+    EXPECT_EQ(algorithm->Execute(source, destination), 0);
+    EXPECT_THAT(source, EqualsMat(before));
+    EXPECT_THAT(destination, EqualsMat(OtsuOf(before)));
+
+    cv::Mat both = source.clone();
+    EXPECT_EQ(algorithm->Execute(both, both), 0);
+    EXPECT_THAT(both, EqualsMat(OtsuOf(before)));
+}
+
+TEST_F(BinaryForLaserMachineTest, WritesIntoAPartOfALargerPictureOfTheRightSize) {
+    const cv::Mat source = DarkAndBright(10, 250, 255);
+    cv::Mat whole = cv::Mat::zeros(source.rows + 2, source.cols + 2, CV_8UC1);
+    const cv::Rect place(cv::Point(1, 1), source.size());
+    cv::Mat destination = whole(place);
+    EXPECT_EQ(algorithm->Execute(source, destination), 0);
+    EXPECT_THAT(cv::Mat(whole(place)), EqualsMat(OtsuOf(source)));
+}
+
 }  // namespace
 }  // namespace Quorvane

@@ -303,6 +303,18 @@ TEST(FindCircleMarks, FindsNothingOfARadiusFarBeyondTheImage) {
     EXPECT_THROW(Search(twoChannels, 1e8, 1e7, 0.85), cv::Exception);
 }
 
+TEST(FindCircleMarks, GivesTheSameForEveryToleranceBeyondTheImage) {
+    const cv::Mat picture = Scene({260, 220}, 40.0).Paint(Disc({130.3, 110.6}, 20.4), 220.0).Blur(1.0).Gray();
+    // The reference hands its greatest radius on, and so its counters grow with it.
+    const auto expected = Reference::CircleMarks(picture, 20.0, 40000.0, -1.0, CircleSearch{7, false, 6, 3, 40020});
+    ASSERT_FALSE(expected.empty());
+    // Gigabytes of counters; the last one is the greatest that an int holds together with the radius.
+    for (const double tolerance : {1e3, 40000.0, 1e6, 3e8, 4e8, 1e9, 2147483627.0}) {
+        SCOPED_TRACE(tolerance);
+        ExpectSame(Search(picture, 20.0, tolerance, -1.0), expected);
+    }
+}
+
 TEST(StretchRange, OfTheFullRangeIsACopyOfItsOwn) {
     for (const int channels : {1, 2, 3, 4}) {
         const cv::Mat image = RandomInput(49).Image({31, 17}, channels);

@@ -59,6 +59,21 @@ TEST(AlignPoints, AngleOfThreePointsAndMoreRunsAgainstTheTurn) {
     EXPECT_NEAR(angle, -25.0, 1e-3);
 }
 
+TEST(AlignPoints, OutputsMayBePointsOfTheLists) {
+    const std::vector<cv::Point2f> source{{10, 10}, {50, 12}, {48, 40}, {12, 44}};
+    const std::vector<cv::Point2f> target = Turned(source, 25.0);
+    cv::Point2f offset;
+    cv::Point2f center;
+    double angle = 0.0;
+    AlignPoints(source, target, offset, center, angle);
+    std::vector<cv::Point2f> list = source;
+    double angleOfList = 0.0;
+    AlignPoints(list, target, list[0], list[1], angleOfList);
+    EXPECT_EQ(list[0], offset);
+    EXPECT_EQ(list[1], center);
+    EXPECT_EQ(angleOfList, angle);
+}
+
 TEST(AlignPoints, AngleOfTwoPointsFollowsTheTurn) {
     const Points source{{10, 20}, {30, 20}};
     cv::Point2f offset;

@@ -128,5 +128,22 @@ TEST(MeasureCurve, KeepsFewerThanThreePointsWithoutACurve) {
     }
 }
 
+TEST(MeasureCurve, FindsNothingMoreInARowFarLongerThanTheImage) {
+    const cv::Mat picture = WavePicture();
+    // The calipers lie at the same places, as all of these numbers are whole steps.
+    for (const auto direction : {SearchDirection::TopToBottom, SearchDirection::BottomToTop}) {
+        const Curve inside = Measured(picture, 256.0, 60.0, direction, 0.5, EdgePolarity::All);
+        const Curve beyond = Measured(picture, 1073741820.0, 60.0, direction, 0.5, EdgePolarity::All);
+        ASSERT_FALSE(inside.measuredPoints.empty());
+        EXPECT_EQ(beyond.measuredPoints, inside.measuredPoints);
+        EXPECT_EQ(beyond.curvePoints, inside.curvePoints);
+    }
+    // Two thousand million calipers, none of which comes near the image.
+    Curve curve;
+    MeasureCurve(picture, {1e10f, 60.0f}, 2e9, 60.0, curve, EdgePolarity::All, SearchDirection::TopToBottom, 1.0, -1.0,
+                 1.0, 0);
+    EXPECT_THAT(curve.measuredPoints, IsEmpty());
+}
+
 }  // namespace
 }  // namespace Quorvane
