@@ -36,6 +36,8 @@ Reach WarpedReach(const cv::Mat& homography, cv::Size picture) {
     const auto height = static_cast<float>(picture.height);
     const std::vector<cv::Point2f> corners{{0.0f, 0.0f}, {width, 0.0f}, {width, height}, {0.0f, height}};
     std::vector<cv::Point2f> warped;
+    // OpenCV would take whatever stands in memory for the elements of a matrix of several channels.
+    CV_CheckChannelsEQ(homography.channels(), 1, "a homography has one channel");
     cv::perspectiveTransform(corners, warped, homography);
     Reach reach;
     reach.maxX = warped.front().x;

@@ -74,6 +74,8 @@ struct Kind {
     double noise;
 };
 
+void PrintTo(const Kind& kind, std::ostream* stream) { *stream << kind.name; }
+
 class CalScalePixToMmUseCircleOf : public testing::TestWithParam<Kind> {};
 
 TEST_P(CalScalePixToMmUseCircleOf, IsCloseToTheTruth) {
