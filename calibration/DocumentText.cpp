@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <opencv2/core.hpp>
 #include <system_error>
 
@@ -35,6 +34,20 @@ StoredFile FileOf(const std::string& fileName) {
     return {path, isCompressed};
 }
 
+/// The bytes of a file. A medium that fails gives a `cv::Exception`, as it does within OpenCV.
+std::string BytesOf(const std::string& path) {
+    constexpr std::size_t chunkLength = 65536;
+    std::ifstream file(path, std::ios::binary);
+    std::string chunk(chunkLength, '\0');
+    std::string bytes;
+    while (file) {
+        file.read(&chunk[0], chunkLength);
+        bytes.append(chunk, 0, static_cast<std::size_t>(file.gcount()));
+    }
+    if (file.bad()) CV_Error(cv::Error::StsParseError, "the document cannot be read to its end");
+    return bytes;
+}
+
 }  // namespace
 
 std::string DocumentText(const std::string& fileName) {
@@ -43,8 +56,7 @@ std::string DocumentText(const std::string& fileName) {
     if (!std::filesystem::is_regular_file(stored.path, ignored)) return "";
     const std::uintmax_t length = std::filesystem::file_size(stored.path, ignored);
     if (!ignored && length > mostBytes) CV_Error(cv::Error::StsParseError, "the document is too long");
-    std::ifstream file(stored.path, std::ios::binary);
-    const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const std::string bytes = BytesOf(stored.path);
     return stored.isCompressed ? Inflated(bytes, mostBytes) : bytes;
 }
 

@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <limits>
 #include <opencv2/imgproc.hpp>
 #include <opencv2/photo.hpp>
 
@@ -16,6 +18,9 @@ namespace {
 constexpr float widestHardOverlap = 10.0f;
 /// The blended strip reaches this many columns to each side of the seam.
 constexpr int halfStripWidth = 10;
+
+/// Of the pictures to join, and so of the joined one.
+constexpr int channels = 3;
 
 /// Where picture 1 lies in picture 2's frame.
 struct Reach {
@@ -47,9 +52,16 @@ Reach WarpedReach(const cv::Mat& homography, cv::Size picture) {
 /// Halves away from zero.
 int RoundToInt(float value) { return TruncateToInt(std::round(value)); }
 
+/// Throws for a size whose rows and columns OpenCV cannot count: its scaling keeps the number of a row's values and of
+/// the rows together in an `int`, and where that overflows, it writes far outside its tables.
+cv::Size Countable(const cv::Size& size) {
+    CV_Assert(std::int64_t{size.width} * channels + size.height <= std::numeric_limits<int>::max());
+    return size;
+}
+
 cv::Size CanvasSize(cv::Size picture2, const Reach& reach) {
-    return {RoundToInt(static_cast<float>(picture2.width) - reach.minX),
-            RoundToInt(static_cast<float>(picture2.height) - reach.minY)};
+    return Countable({RoundToInt(static_cast<float>(picture2.width) - reach.minX),
+                      RoundToInt(static_cast<float>(picture2.height) - reach.minY)});
 }
 
 /// The homography from picture 1 to the joined picture.
@@ -123,7 +135,7 @@ bool DoBlendingImageForDualCam(const cv::Mat& image1, const ImageDirFlags& dir1,
             return true;
         }
         const cv::Mat joined = JoinAtSeam(oriented1, oriented2, homography, reach, seamX);
-        const cv::Size scaled(TruncateToInt(joined.cols * scaleX), TruncateToInt(joined.rows * scaleY));
+        const cv::Size scaled = Countable({TruncateToInt(joined.cols * scaleX), TruncateToInt(joined.rows * scaleY)});
         cv::resize(joined, blended, scaled, 0.0, 0.0, cv::INTER_LINEAR);
         return true;
     });

@@ -325,6 +325,11 @@ TEST(CalibrationFiles, AHugeForeignFileIsRefused) {
     ExpectCorrupted(folder.Write("nodes.yml", lines));
 }
 
+#if defined(__linux__)
+// The first page of a process cannot be read, so this regular file fails as a broken medium does.
+TEST(CalibrationFiles, AMediumThatFailsIsRefused) { ExpectRefusedByTheParser("/proc/self/mem"); }
+#endif
+
 TEST(CalibrationFiles, TheFileNameIsTakenAndToldAsItIs) {
     const ScratchFolder folder;
     const std::string path = folder.File("L\xc3\xa4nse 1 'a'.yml");

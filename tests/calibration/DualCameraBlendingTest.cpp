@@ -228,6 +228,28 @@ TEST(DoBlendingImageForDualCam, AScaleThatLeavesNothingFailsAfterTheSeamWasWritt
     }
 }
 
+// OpenCV's own scaling writes outside its tables for such sizes, or asks for all memory there is.
+TEST(DoBlendingImageForDualCam, AScaleToMoreColumnsThanOpenCVCountsFailsAfterTheSeamWasWritten) {
+    constexpr double joinedColumns = 200.0;
+    for (const double columns : {715'827'883.0, 1'431'655'800.0, 2'147'483'000.0}) {
+        Blending blending(Shifted(-100, 0));
+        blending.image1 = Texture({160, 80}, 1);
+        blending.scaleX = columns / joinedColumns;
+        blending.scaleY = 1.0 / 80.0;
+        blending.ExpectRefusedByOpenCV();
+        EXPECT_EQ(blending.seamX, 130.0);
+    }
+}
+
+TEST(DoBlendingImageForDualCam, PicturesFartherApartThanOpenCVCountsFail) {
+    for (const double columns : {-8e8, -2147483400.0}) {
+        Blending apart(Shifted(columns, 0));
+        apart.image2 = Texture({100, 1}, 2);
+        apart.ExpectRefusedByOpenCV();
+        EXPECT_EQ(apart.seamX, 42.0);
+    }
+}
+
 TEST(DoBlendingImageForDualCam, JoinsTheSameInEveryMounting) {
     for (const double overlap : {8.0, 41.0}) {
         Blending straight(Shifted(overlap - 120.0, -4.0));
