@@ -327,7 +327,13 @@ TEST(CalibrationFiles, AHugeForeignFileIsRefused) {
 
 #if defined(__linux__)
 // The first page of a process cannot be read, so this regular file fails as a broken medium does.
-TEST(CalibrationFiles, AMediumThatFailsIsRefused) { ExpectRefusedByTheParser("/proc/self/mem"); }
+TEST(CalibrationFiles, AMediumThatFailsIsRefused) {
+    const std::string failing = "/proc/self/mem";
+    std::ifstream file(failing);
+    file.get();
+    if (!file.bad()) GTEST_SKIP() << "this machine does not show the memory of processes as files";
+    ExpectRefusedByTheParser(failing);
+}
 #endif
 
 TEST(CalibrationFiles, TheFileNameIsTakenAndToldAsItIs) {
