@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <fstream>
 
 #include "calibration/CameraCalibration.h"
 #include "calibration/LastError.h"
