@@ -80,13 +80,21 @@ std::vector<cv::Point2f> FirstEdgesOfRow(const cv::Mat& image, const CaliperRow&
     const auto [top, bottom] = row.RowsSpanned();
     FirstEdgeSearch search(grayImageBetween(image, top, bottom), halfWidthOfRow, sigma, threshold, polarity);
     std::vector<cv::Point2f> edges;
-    const auto [first, last] = row.IndicesNear({image.cols, image.rows});
-    for (int k = first; k < last; ++k) {
-        GuardCaliper("position", k, [&] {
+    const auto measure = [&](int k) {
+        return GuardCaliper("position", k, [&] {
             cv::Point2f edge;
             if (search.Find(row.Place(k), edge)) edges.push_back(edge);
         });
-    }
+    };
+    // Calipers outside the image have no edge, but each says so where memory does not suffice for the filter. That is
+    // the same for all: where one goes through, the others would, too.
+    const auto measureOutside = [&](int begin, int end) {
+        for (int k = begin; k < end && !measure(k); ++k) continue;
+    };
+    const auto [first, last] = row.IndicesNear({image.cols, image.rows});
+    measureOutside(0, first);
+    for (int k = first; k < last; ++k) measure(k);
+    measureOutside(last, row.Count());
     return edges;
 }
 

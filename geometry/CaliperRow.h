@@ -15,11 +15,13 @@ class CaliperRow {
 public:
     CaliperRow(const cv::Point2f& center, double width, double height, SearchDirection direction, double step);
 
+    /// None for a step of zero or below, or one that the rectangle has no room for.
+    int Count() const { return count_; }
+
     CaliperPlace Place(int index) const;
 
     /// The first caliper that may reach into an image of this size, and the one behind the last. The others see only
-    /// what lies outside, and have no edge. There are no calipers for a step of zero or below, or one that the
-    /// rectangle has no room for.
+    /// what lies outside, and have no edge.
     std::pair<int, int> IndicesNear(const cv::Size& image) const;
 
     /// Least and greatest y of all positions that the calipers read.

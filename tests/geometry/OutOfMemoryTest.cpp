@@ -76,6 +76,24 @@ TEST(OutOfMemory, CostsALineItsCalipersAndSaysWhich) {
     EXPECT_EQ(line.b, -1.0f);
 }
 
+TEST(OutOfMemory, CostsCalipersOutsideTheImageWhereTheFilterTakesTooMuch) {
+    constexpr double wide = 100.0;
+    const cv::Mat image = WidePicture();
+    Line line(1.0f, 1.0f);
+    CaptureStderr();
+    {
+        const LittleMemory little;
+        UtilityFunctions::MeasureLine(image, {200, 30}, 390.0, 130.0, line, EdgePolarity::Positive,
+                                      SearchDirection::LeftToRight, wide, 30.0, 10.0);
+    }
+    std::string expected;
+    for (int k = 0; k < 13; ++k) {
+        expected += "Edge detection failed at position " + std::to_string(k) + ": std::bad_alloc\n";
+    }
+    EXPECT_EQ(GetCapturedStderr(), expected);
+    EXPECT_EQ(line.toVec4f(), Line().toVec4f());
+}
+
 TEST(OutOfMemory, CostsACurveItsCalipersAndSaysWhich) {
     const cv::Mat image = WidePicture();
     Curve curve;
