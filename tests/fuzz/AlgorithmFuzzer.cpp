@@ -128,8 +128,6 @@ void ReadEverything(Algorithm& algorithm) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace Quorvane;
     using namespace Quorvane::Fuzz;
-    static const bool prepared = (PrepareProcess(), true);
-    static_cast<void>(prepared);
     FuzzInput input(data, size);
     AlgorithmFactory factory;
     const int first = input.Byte();

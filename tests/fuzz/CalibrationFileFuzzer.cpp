@@ -62,8 +62,6 @@ void LoadMapping(const std::string& file) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace Quorvane::Fuzz;
-    static const bool prepared = (PrepareProcess(), true);
-    static_cast<void>(prepared);
     FuzzInput input(data, size);
     const int choice = input.Byte();
     static const char* const endings[] = {".yml", ".xml", ".json", ".yml.gz"};

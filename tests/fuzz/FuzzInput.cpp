@@ -64,13 +64,16 @@ void CheckUnchanged(const cv::Mat& picture, const cv::Mat& before) {
     }
 }
 
-void PrepareProcess() {
+}  // namespace Quorvane::Fuzz
+
+/// Called once before the first input: keeps what the library prints away from the fuzzer's own lines, and OpenCV on
+/// one thread.
+extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/) {
     cv::setNumThreads(1);
     std::cout.rdbuf(nullptr);
     std::cerr.rdbuf(nullptr);
     cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
     // Errors of OpenCV are thrown and need not be printed, too.
     cv::redirectError([](int, const char*, const char*, const char*, int, void*) { return 0; });
+    return 0;
 }
-
-}  // namespace Quorvane::Fuzz

@@ -122,9 +122,6 @@ void Try(const Action& action);
 /// Stops the fuzzer where an input was written to.
 void CheckUnchanged(const cv::Mat& picture, const cv::Mat& before);
 
-/// Keeps what the library prints away from the fuzzer's own lines, and OpenCV on one thread.
-void PrepareProcess();
-
 }  // namespace Quorvane::Fuzz
 
 #include <new>

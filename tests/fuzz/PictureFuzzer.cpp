@@ -185,8 +185,6 @@ void JoinCameras(FuzzInput& input, const cv::Mat& picture) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace Quorvane::Fuzz;
-    static const bool prepared = (PrepareProcess(), true);
-    static_cast<void>(prepared);
     FuzzInput input(data, size);
     const int choice = input.Byte() % 9;
     const cv::Mat picture = input.Picture(longestSide);

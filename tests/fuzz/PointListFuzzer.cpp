@@ -97,8 +97,6 @@ void Calibrator(FuzzInput& input) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace Quorvane::Fuzz;
-    static const bool prepared = (PrepareProcess(), true);
-    static_cast<void>(prepared);
     FuzzInput input(data, size);
     const int choice = input.Byte() % 4;
     Try([&] {

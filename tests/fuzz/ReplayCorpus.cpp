@@ -10,9 +10,11 @@
 #include <set>
 #include <vector>
 
+extern "C" int LLVMFuzzerInitialize(int* count, char*** arguments);
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 int main(int count, char** arguments) {
+    LLVMFuzzerInitialize(&count, &arguments);
     std::set<std::filesystem::path> files;
     for (int i = 1; i < count; ++i) {
         if (std::filesystem::is_regular_file(arguments[i])) files.insert(arguments[i]);

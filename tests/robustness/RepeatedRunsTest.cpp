@@ -6,14 +6,12 @@
 
 #include <functional>
 #include <iostream>
-#include <memory>
 #include <opencv2/core.hpp>
-#include <opencv2/imgproc.hpp>
 
 #include "calibration/CameraCalibration.h"
 #include "calibration/CameraCalibrator.h"
-#include "framework/AlgorithmFactory.h"
 #include "geometry/UtilityFunctions.h"
+#include "tests/robustness/SmallJobs.h"
 #include "tests/support/CapturedStream.h"
 #include "tests/support/ScratchFolder.h"
 #include "tests/support/Tray.h"
@@ -58,20 +56,9 @@ void ExpectNoGrowth(const std::function<void()>& run) {
     EXPECT_LE(after, before + mostGrowth);
 }
 
-cv::Mat Discs() {
-    cv::Mat picture(64, 80, CV_8UC3, cv::Scalar::all(40));
-    cv::circle(picture, {25, 30}, 9, cv::Scalar::all(220), cv::FILLED);
-    cv::circle(picture, {58, 34}, 9, cv::Scalar::all(220), cv::FILLED);
-    return picture;
-}
-
-std::unique_ptr<Algorithm> Create(const char* name) {
-    return std::unique_ptr<Algorithm>(AlgorithmFactory().CreateAlgorithm(name));
-}
-
 TEST(AThousandRuns, OfTheHalftoneLeaveNothingBehind) {
     const auto algorithm = Create("BinaryForLaserMachine");
-    const cv::Mat picture = Discs();
+    const cv::Mat picture = Discs(0);
     ExpectNoGrowth([&] {
         cv::Mat destination;
         EXPECT_EQ(algorithm->Execute(picture, destination), 0);
@@ -82,7 +69,7 @@ TEST(AThousandRuns, OfTheHalftoneLeaveNothingBehind) {
 TEST(AThousandRuns, OfTheMarkSearchLeaveNothingBehind) {
     const auto algorithm = Create("FindMarkPoint");
     algorithm->SetParameter("SimilarityMin", 0.5);
-    const cv::Mat picture = Discs();
+    const cv::Mat picture = Discs(0);
     ExpectNoGrowth([&] {
         cv::Mat destination;
         algorithm->SetParameter("Radius", 9);

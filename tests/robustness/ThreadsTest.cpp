@@ -4,16 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <memory>
 #include <opencv2/core.hpp>
-#include <opencv2/imgproc.hpp>
 #include <thread>
 #include <vector>
 
 #include "calibration/CameraCalibrator.h"
-#include "framework/AlgorithmFactory.h"
 #include "framework/Param.h"
 #include "geometry/UtilityFunctions.h"
+#include "tests/robustness/SmallJobs.h"
 #include "tests/support/Tray.h"
 
 namespace Quorvane::Robustness {
@@ -31,17 +29,6 @@ void InThreads(const std::function<void(int)>& work) {
     for (int i = 0; i < threadCount; ++i) threads.emplace_back([&work, i] { work(i); });
     for (std::thread& thread : threads) thread.join();
     cv::setNumThreads(openCvThreads);
-}
-
-cv::Mat Discs(int shift) {
-    cv::Mat picture(64, 80, CV_8UC3, cv::Scalar::all(40));
-    cv::circle(picture, {25 + shift, 30}, 9, cv::Scalar::all(220), cv::FILLED);
-    cv::circle(picture, {55 + shift, 34}, 9, cv::Scalar::all(220), cv::FILLED);
-    return picture;
-}
-
-std::unique_ptr<Algorithm> Create(const char* name) {
-    return std::unique_ptr<Algorithm>(AlgorithmFactory().CreateAlgorithm(name));
 }
 
 TEST(Threads, DriveAlgorithmsOfTheirOwn) {
